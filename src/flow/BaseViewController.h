@@ -1,0 +1,43 @@
+#pragma once
+
+#include "flow/LoaderUI.h"
+#include "platform/ViewController.h"
+
+#include <QPointer>
+
+class QToolBar;
+
+namespace kovena {
+
+// The base of every library screen: tap to dismiss the keyboard, the "Done" keyboard bar,
+// the loading overlay and the toast.
+class BaseViewController : public ViewController
+{
+    Q_OBJECT
+
+public:
+    explicit BaseViewController(QWidget *parent = nullptr);
+
+    void viewDidLoad() override;
+    void dismissKeyboard();
+    void addDoneButtonOnKeyboard();
+    // Queue their work on the main queue; safe from any thread.
+    void loadering(bool flag);
+    void showToast(const QString &message);
+
+    // Adds one more tap recogniser whose action is dismissKeyboard().
+    void addDismissKeyboardTap();
+    int tapRecognizerCount() const { return m_tapRecognizers; }
+    QToolBar *doneToolbar() const { return m_doneToolbar; }
+    LoaderUI &loader() { return m_loader; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    LoaderUI m_loader;
+    QPointer<QToolBar> m_doneToolbar;
+    int m_tapRecognizers = 0;
+};
+
+} // namespace kovena

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+
+namespace kovena {
+
+// Checks and formatting shared by the screens. Pure except isConnectedToNetwork().
+class Utils
+{
+public:
+    Utils() = delete;
+
+    // An absent argument is fatal where the argument is required.
+    static bool isValidAmount(const std::optional<QString> &amount);
+    static bool isValidRange(const std::optional<QString> &amount);
+    static bool isValidVPA(const QString &virtualAddress);
+    static QString amountFormat(const QString &amount);
+    static bool isConnectedToNetwork();
+    static QString getStatusDescription(std::int32_t paymentStatus);
+};
+
+} // namespace kovena

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QLineEdit>
+
+namespace kovena {
+
+class TextField;
+
+// Decides, edit by edit, whether a change to a text field is applied.
+class TextFieldDelegate
+{
+public:
+    virtual ~TextFieldDelegate() = default;
+    // `start`/`length`: the range of the current text that is replaced (in UTF-16 units);
+    // `replacement`: the new text for it (empty for a deletion).
+    virtual bool textFieldShouldChangeCharacters(TextField *field, int start, int length,
+                                                 const QString &replacement) = 0;
+};
+
+// A line edit that routes every user edit (typing, deletion, paste, input method) through
+// its delegate; a refused edit leaves text and cursor as they were.
+class TextField : public QLineEdit
+{
+    Q_OBJECT
+
+public:
+    explicit TextField(QWidget *parent = nullptr);
+    void setDelegate(TextFieldDelegate *delegate) { m_delegate = delegate; }
+    TextFieldDelegate *delegate() const { return m_delegate; }
+    // A toolbar shown above the keyboard while the field has focus (the "Done" bar).
+    void setInputAccessoryView(QWidget *toolbar) { m_accessory = toolbar; }
+    QWidget *inputAccessoryView() const { return m_accessory; }
+
+Q_SIGNALS:
+    // An accepted user edit changed the text (after it is applied).
+    void editingChanged();
+
+private:
+    void onTextEdited(const QString &newText);
+
+    TextFieldDelegate *m_delegate = nullptr;
+    QWidget *m_accessory = nullptr;
+    QString m_accepted;
+    bool m_reverting = false;
+};
+
+} // namespace kovena

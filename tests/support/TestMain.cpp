@@ -1,0 +1,25 @@
+// Test entry point shared by every suite: a Qt application (offscreen unless the caller chose
+// a platform), an isolated user-defaults folder per run, and death tests that are safe with
+// the session thread running.
+#include "platform/UserDefaults.h"
+
+#include <QApplication>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    ::testing::InitGoogleTest(&argc, argv);
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+
+    QApplication app(argc, argv);
+    QStandardPaths::setTestModeEnabled(true);
+    QTemporaryDir defaultsDir;
+    kovena::UserDefaults::setStandardLocation(defaultsDir.path());
+
+    return RUN_ALL_TESTS();
+}
