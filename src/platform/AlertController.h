@@ -35,6 +35,8 @@ public:
     bool trigger(const QString &actionTitle);
 
 private:
+    void run(int index);
+
     QString m_title;
     QString m_message;
     QList<Action> m_actions;

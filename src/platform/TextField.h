@@ -31,16 +31,30 @@ public:
     void setInputAccessoryView(QWidget *toolbar) { m_accessory = toolbar; }
     QWidget *inputAccessoryView() const { return m_accessory; }
 
+    // The range of `before` replaced to give `after`, with the cursor at `cursor` after the edit.
+    struct Edit
+    {
+        int start = 0;
+        int length = 0;
+        QString replacement;
+    };
+    static Edit editBetween(const QString &before, const QString &after, int cursor);
+
 Q_SIGNALS:
     // An accepted user edit changed the text (after it is applied).
     void editingChanged();
 
 private:
     void onTextEdited(const QString &newText);
+    void rememberCursor();
+    void restoreCursor(int cursor, int selectionStart, int selectionLength);
 
     TextFieldDelegate *m_delegate = nullptr;
     QWidget *m_accessory = nullptr;
     QString m_accepted;
+    int m_acceptedCursor = 0;
+    int m_acceptedSelectionStart = -1;
+    int m_acceptedSelectionLength = 0;
     bool m_reverting = false;
 };
 

@@ -47,6 +47,8 @@ public:
     QString filePath() const { return m_filePath; }
 
 private:
+    void reopen(const QString &filePath);
+    void setValue(const QString &key, Value value);
     void load();
     bool saveLocked();
 

@@ -1,0 +1,389 @@
+#include "platform/NavigationController.h"
+
+#include "platform/Dispatch.h"
+#include "platform/Logging.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMainWindow>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+namespace kovena {
+
+NavigationController::NavigationController(QWidget *parent)
+    : ViewController(parent)
+{
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->setSpacing(0);
+
+    m_bar = new QWidget(this);
+    m_bar->setObjectName(QStringLiteral("navBar"));
+    auto *barLayout = new QHBoxLayout(m_bar);
+    barLayout->setContentsMargins(8, 4, 8, 4);
+    m_backButton = new QPushButton(tr("Back"), m_bar);
+    m_backButton->setObjectName(QStringLiteral("navBackButton"));
+    m_backButton->setFlat(true);
+    m_titleLabel = new QLabel(m_bar);
+    m_titleLabel->setObjectName(QStringLiteral("navTitle"));
+    m_titleLabel->setAlignment(Qt::AlignCenter);
+    m_rightButton = new QPushButton(m_bar);
+    m_rightButton->setObjectName(QStringLiteral("navRightButton"));
+    barLayout->addWidget(m_backButton);
+    barLayout->addWidget(m_titleLabel, 1);
+    barLayout->addWidget(m_rightButton);
+    outer->addWidget(m_bar);
+
+    auto *stackArea = new QWidget(this);
+    stackArea->setObjectName(QStringLiteral("navStackArea"));
+    m_stackLayout = new QStackedLayout(stackArea);
+    m_stackLayout->setContentsMargins(0, 0, 0, 0);
+    outer->addWidget(stackArea, 1);
+
+    connect(m_backButton, &QPushButton::clicked, this, [this] { popViewController(true); });
+    connect(m_rightButton, &QPushButton::clicked, this, [this] {
+        // The action is looked up at click time: the top screen may have changed its item.
+        ViewController *top = topViewController();
+        if (!top || !top->navigationItem().rightBarButtonItem)
+            return;
+        const auto action = top->navigationItem().rightBarButtonItem->action;
+        if (action)
+            action();
+    });
+    refreshNavigationBar();
+}
+
+void NavigationController::setViewControllers(const QList<ViewController *> &stack)
+{
+    QList<QPointer<ViewController>> next;
+    for (ViewController *vc : stack) {
+        if (!vc)
+            continue;
+        bool duplicate = false;
+        for (const auto &p : next)
+            duplicate = duplicate || p == vc;
+        if (duplicate) {
+            qCWarning(lcFlow) << "a screen appears twice in the new stack; keeping the first";
+            continue;
+        }
+        next.append(vc);
+    }
+    // Screens dropped from the stack are released, except the one on display: settle() lets it
+    // disappear first.
+    for (const auto &old : std::as_const(m_stack)) {
+        if (old && !next.contains(old) && old != m_shownTop) {
+            m_stackLayout->removeWidget(old);
+            old->m_navigationController = nullptr;
+            old->hide();
+            old->deleteLater();
+        }
+    }
+    for (const auto &vc : std::as_const(next)) {
+        vc->m_navigationController = this;
+        if (m_stackLayout->indexOf(vc) < 0)
+            m_stackLayout->addWidget(vc);
+    }
+    m_stack = next;
+    if (m_visible)
+        settle(false);
+    else
+        refreshNavigationBar();
+}
+
+QList<ViewController *> NavigationController::viewControllers() const
+{
+    QList<ViewController *> out;
+    for (const auto &vc : m_stack)
+        if (vc)
+            out.append(vc);
+    return out;
+}
+
+ViewController *NavigationController::topViewController() const
+{
+    for (auto it = m_stack.crbegin(); it != m_stack.crend(); ++it)
+        if (*it)
+            return *it;
+    return nullptr;
+}
+
+void NavigationController::pushViewController(ViewController *vc, bool animated)
+{
+    if (!vc)
+        return;
+    for (const auto &p : std::as_const(m_stack)) {
+        if (p == vc) {
+            qCWarning(lcFlow) << "push of a screen that is already on the stack ignored";
+            return;
+        }
+    }
+    vc->m_navigationController = this;
+    m_stackLayout->addWidget(vc);
+    m_stack.append(vc);
+    if (m_visible)
+        settle(animated);
+    else
+        refreshNavigationBar();
+}
+
+ViewController *NavigationController::popViewController(bool animated)
+{
+    if (viewControllers().size() < 2)
+        return nullptr;
+    ViewController *popped = topViewController();
+    m_stack.removeAll(QPointer<ViewController>(popped));
+    if (m_visible && popped == m_shownTop) {
+        settle(animated); // the popped screen disappears there and is released
+    } else {
+        m_stackLayout->removeWidget(popped);
+        popped->m_navigationController = nullptr;
+        popped->hide();
+        popped->deleteLater();
+        if (m_visible)
+            settle(animated);
+        else
+            refreshNavigationBar();
+    }
+    return popped;
+}
+
+void NavigationController::addTransition(const Transition &transition)
+{
+    m_pendingTransition = transition;
+}
+
+void NavigationController::appear()
+{
+    if (m_visible)
+        return;
+    m_visible = true;
+    viewWillAppear(false);
+    settle(false);
+    viewDidAppear(false);
+}
+
+void NavigationController::disappear()
+{
+    if (!m_visible)
+        return;
+    viewWillDisappear(false);
+    m_visible = false;
+    if (ViewController *shown = m_shownTop) {
+        shown->viewWillDisappear(false);
+        shown->viewDidDisappear(false);
+    }
+    m_shownTop = nullptr;
+    viewDidDisappear(false);
+}
+
+void NavigationController::settle(bool animated)
+{
+    // Screens may push or pop from their lifecycle calls; the outermost call keeps going
+    // until the top no longer changes.
+    if (m_settling)
+        return;
+    m_settling = true;
+    for (;;) {
+        ViewController *top = topViewController();
+        if (top && !top->isViewLoaded()) {
+            top->loadViewIfNeeded();
+            continue;
+        }
+        if (top == m_shownTop)
+            break;
+
+        QPointer<ViewController> leaving = m_shownTop;
+        const bool removed = leaving && !m_stack.contains(leaving);
+        if (leaving) {
+            leaving->m_movingFromParent = removed;
+            leaving->viewWillDisappear(animated);
+        }
+        if (top)
+            top->viewWillAppear(animated);
+        if (top != topViewController()) {
+            // viewWillAppear changed the stack: the screen that was shown stays the one leaving.
+            if (leaving)
+                leaving->m_movingFromParent = false;
+            continue;
+        }
+        if (top) {
+            m_stackLayout->setCurrentWidget(top);
+            top->show();
+        }
+        m_shownTop = top;
+        if (top)
+            playTransition(top);
+        refreshNavigationBar();
+        if (leaving) {
+            leaving->viewDidDisappear(animated);
+            leaving->m_movingFromParent = false;
+            if (removed) {
+                m_stackLayout->removeWidget(leaving);
+                leaving->m_navigationController = nullptr;
+                leaving->hide();
+                leaving->deleteLater();
+            }
+        }
+        if (top) {
+            top->viewDidAppear(animated);
+            Q_EMIT didShowViewController(top);
+        }
+    }
+    m_settling = false;
+    refreshNavigationBar();
+}
+
+void NavigationController::playTransition(QWidget *incoming)
+{
+    if (!m_pendingTransition)
+        return;
+    const Transition t = *m_pendingTransition;
+    m_pendingTransition.reset();
+    m_lastTransition = t;
+    if (t.type != QLatin1String("moveIn") || t.subtype != QLatin1String("fromTop") || t.duration <= 0)
+        return;
+    // Purely visual: the stack and the lifecycle calls already reflect the push.
+    const QPoint end = incoming->pos();
+    const int height = incoming->height() > 0 ? incoming->height() : m_stackLayout->geometry().height();
+    auto *animation = new QPropertyAnimation(incoming, "pos", incoming);
+    animation->setDuration(static_cast<int>(t.duration * 1000.0));
+    animation->setStartValue(QPoint(end.x(), end.y() - height));
+    animation->setEndValue(end);
+    animation->setEasingCurve(QEasingCurve::OutCubic);
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void NavigationController::refreshNavigationBar()
+{
+    ViewController *top = topViewController();
+    if (!top) {
+        m_backButton->hide();
+        m_titleLabel->clear();
+        m_rightButton->hide();
+        return;
+    }
+    const NavigationItem &item = top->navigationItem();
+    const bool canPop = viewControllers().size() > 1;
+    m_backButton->setVisible(canPop && !item.hidesBackButton && item.hasBackItem);
+    m_titleLabel->setText(item.title);
+    if (item.rightBarButtonItem) {
+        m_rightButton->setText(item.rightBarButtonItem->title);
+        const QColor bg = item.rightBarButtonItem->background;
+        m_rightButton->setStyleSheet(
+            bg.isValid() ? QStringLiteral("background-color: %1;").arg(bg.name(QColor::HexArgb)) : QString());
+        m_rightButton->show();
+    } else {
+        m_rightButton->hide();
+    }
+}
+
+namespace {
+
+// Remembers the root installed in a window and keeps a plain window's root filling it.
+class RootHolder : public QObject
+{
+public:
+    explicit RootHolder(QWidget *window)
+        : QObject(window)
+        , m_window(window)
+    {
+        setObjectName(QStringLiteral("kovenaRootHolder"));
+        window->installEventFilter(this);
+    }
+
+    static RootHolder *find(QWidget *window)
+    {
+        return window
+            ? window->findChild<RootHolder *>(QStringLiteral("kovenaRootHolder"), Qt::FindDirectChildrenOnly)
+            : nullptr;
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched == m_window && event->type() == QEvent::Resize && root
+            && !qobject_cast<QMainWindow *>(m_window) && root->parentWidget() == m_window)
+            root->setGeometry(m_window->rect());
+        return false;
+    }
+
+    QPointer<ViewController> root;
+
+private:
+    QWidget *m_window;
+};
+
+void releaseRoot(ViewController *old)
+{
+    if (!old)
+        return;
+    if (auto *nav = qobject_cast<NavigationController *>(old))
+        nav->disappear();
+    old->hide();
+    old->deleteLater();
+}
+
+} // namespace
+
+void setRootViewController(QWidget *widget, ViewController *vc)
+{
+    if (!widget || !vc) {
+        qCWarning(lcFlow) << "setRootViewController needs a window and a screen";
+        return;
+    }
+    QWidget *window = widget->window();
+    RootHolder *holder = RootHolder::find(window);
+    if (!holder)
+        holder = new RootHolder(window);
+    QPointer<ViewController> previous = holder->root;
+    if (previous == vc)
+        return;
+
+    if (auto *mainWindow = qobject_cast<QMainWindow *>(window)) {
+        QWidget *central = mainWindow->takeCentralWidget();
+        if (central && central != previous) {
+            // The merchant's own content: kept alive, hidden, still owned by the window.
+            central->setParent(mainWindow);
+            central->hide();
+        }
+        mainWindow->setCentralWidget(vc);
+    } else {
+        const auto children = window->findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+        for (QWidget *child : children)
+            if (child != vc && child != previous && !child->isWindow())
+                child->hide();
+        vc->setParent(window);
+        vc->setGeometry(window->rect());
+    }
+    holder->root = vc;
+    vc->show();
+    vc->raise();
+    releaseRoot(previous);
+
+    // The new root loads on the next turn of the main queue, as views load in the next layout
+    // pass: whatever the caller stores right after installing it is visible to the first screens.
+    QPointer<RootHolder> holderGuard(holder);
+    QPointer<ViewController> vcGuard(vc);
+    dispatch::main().async([holderGuard, vcGuard] {
+        if (!holderGuard || !vcGuard || holderGuard->root != vcGuard)
+            return;
+        vcGuard->loadViewIfNeeded();
+        if (auto *nav = qobject_cast<NavigationController *>(vcGuard.data())) {
+            nav->appear();
+        } else {
+            vcGuard->viewWillAppear(false);
+            vcGuard->viewDidAppear(false);
+        }
+    });
+}
+
+ViewController *rootViewController(QWidget *window)
+{
+    RootHolder *holder = window ? RootHolder::find(window->window()) : nullptr;
+    return holder ? holder->root.data() : nullptr;
+}
+
+} // namespace kovena

@@ -1,0 +1,215 @@
+#include "platform/UserDefaults.h"
+
+#include "platform/Logging.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMutexLocker>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+#include <memory>
+
+namespace kovena {
+namespace {
+
+const QString kFileName = QStringLiteral("kovena-defaults.json");
+
+struct StandardStore
+{
+    QMutex mutex;
+    QString folder; // empty: the application's data location
+    std::unique_ptr<UserDefaults> store;
+};
+
+StandardStore &standardStore()
+{
+    static StandardStore s;
+    return s;
+}
+
+QString standardFilePath(const QString &folder)
+{
+    QString dir = folder;
+    if (dir.isEmpty())
+        dir = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    if (dir.isEmpty()) {
+        qCWarning(lcKovena) << "no data location for the user defaults; keeping them in memory";
+        return {};
+    }
+    if (!QDir().mkpath(dir))
+        qCWarning(lcKovena) << "cannot create the user defaults folder" << dir;
+    return QDir(dir).filePath(kFileName);
+}
+
+} // namespace
+
+UserDefaults &UserDefaults::standard()
+{
+    StandardStore &s = standardStore();
+    QMutexLocker lock(&s.mutex);
+    if (!s.store)
+        s.store = std::make_unique<UserDefaults>(standardFilePath(s.folder));
+    return *s.store;
+}
+
+void UserDefaults::resetStandardUserDefaults()
+{
+    standard().clear();
+}
+
+void UserDefaults::setStandardLocation(const QString &folder)
+{
+    StandardStore &s = standardStore();
+    QMutexLocker lock(&s.mutex);
+    s.folder = folder;
+    // References handed out earlier stay valid: the same store re-opens at the new place.
+    if (s.store)
+        s.store->reopen(standardFilePath(folder));
+}
+
+UserDefaults::UserDefaults(const QString &filePath)
+    : m_filePath(filePath)
+{
+    QMutexLocker lock(&m_mutex);
+    load();
+}
+
+void UserDefaults::reopen(const QString &filePath)
+{
+    QMutexLocker lock(&m_mutex);
+    m_filePath = filePath;
+    m_values.clear();
+    load();
+}
+
+std::optional<UserDefaults::Value> UserDefaults::object(const QString &key) const
+{
+    QMutexLocker lock(&m_mutex);
+    auto it = m_values.find(key);
+    if (it == m_values.end())
+        return std::nullopt;
+    return it->second;
+}
+
+template<typename T> static std::optional<T> valueOfKind(const std::optional<UserDefaults::Value> &v)
+{
+    if (!v)
+        return std::nullopt;
+    if (const T *p = std::get_if<T>(&*v))
+        return *p;
+    return std::nullopt;
+}
+
+std::optional<QString> UserDefaults::string(const QString &key) const
+{
+    return valueOfKind<QString>(object(key));
+}
+
+std::optional<bool> UserDefaults::boolean(const QString &key) const
+{
+    return valueOfKind<bool>(object(key));
+}
+
+std::optional<double> UserDefaults::number(const QString &key) const
+{
+    return valueOfKind<double>(object(key));
+}
+
+void UserDefaults::setValue(const QString &key, Value value)
+{
+    QMutexLocker lock(&m_mutex);
+    m_values[key] = std::move(value);
+    saveLocked();
+}
+
+void UserDefaults::setString(const QString &key, const QString &value)
+{
+    setValue(key, value);
+}
+
+void UserDefaults::setBool(const QString &key, bool value)
+{
+    setValue(key, value);
+}
+
+void UserDefaults::setNumber(const QString &key, double value)
+{
+    setValue(key, value);
+}
+
+void UserDefaults::remove(const QString &key)
+{
+    QMutexLocker lock(&m_mutex);
+    if (m_values.erase(key) > 0)
+        saveLocked();
+}
+
+void UserDefaults::clear()
+{
+    QMutexLocker lock(&m_mutex);
+    m_values.clear();
+    saveLocked();
+}
+
+bool UserDefaults::synchronize()
+{
+    QMutexLocker lock(&m_mutex);
+    return saveLocked();
+}
+
+void UserDefaults::load()
+{
+    if (m_filePath.isEmpty())
+        return;
+    QFile file(m_filePath);
+    if (!file.exists())
+        return;
+    if (!file.open(QIODevice::ReadOnly)) {
+        qCWarning(lcKovena) << "cannot read the user defaults file" << m_filePath << "- starting empty";
+        return;
+    }
+    QJsonParseError error;
+    const QJsonDocument doc = QJsonDocument::fromJson(file.readAll(), &error);
+    if (error.error != QJsonParseError::NoError || !doc.isObject()) {
+        qCWarning(lcKovena) << "the user defaults file" << m_filePath << "is damaged - starting empty";
+        return;
+    }
+    const QJsonObject root = doc.object();
+    for (auto it = root.begin(); it != root.end(); ++it) {
+        const QJsonValue v = it.value();
+        if (v.isString())
+            m_values[it.key()] = v.toString();
+        else if (v.isBool())
+            m_values[it.key()] = v.toBool();
+        else if (v.isDouble())
+            m_values[it.key()] = v.toDouble();
+    }
+}
+
+bool UserDefaults::saveLocked()
+{
+    if (m_filePath.isEmpty())
+        return true;
+    // JSON's own string, boolean and number types keep the three kinds apart on disk.
+    QJsonObject root;
+    for (const auto &[key, value] : m_values)
+        std::visit([&root, &key](const auto &v) { root.insert(key, QJsonValue(v)); }, value);
+
+    QSaveFile file(m_filePath);
+    if (!file.open(QIODevice::WriteOnly)) {
+        qCWarning(lcKovena) << "cannot write the user defaults file" << m_filePath << file.errorString();
+        return false;
+    }
+    file.write(QJsonDocument(root).toJson(QJsonDocument::Indented));
+    if (!file.commit()) {
+        qCWarning(lcKovena) << "cannot save the user defaults file" << m_filePath << file.errorString();
+        return false;
+    }
+    return true;
+}
+
+} // namespace kovena

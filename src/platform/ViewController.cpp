@@ -1,0 +1,152 @@
+#include "platform/ViewController.h"
+
+#include "platform/FatalError.h"
+#include "platform/Logging.h"
+#include "platform/NavigationController.h"
+#include "platform/Storyboard.h"
+
+#include <QEvent>
+
+namespace kovena {
+namespace {
+
+// Keeps a presented screen covering its host as the host is resized.
+class FillParentFilter : public QObject
+{
+public:
+    FillParentFilter(QWidget *host, QWidget *overlay)
+        : QObject(overlay)
+        , m_overlay(overlay)
+    {
+        host->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize && watched == m_overlay->parentWidget())
+            m_overlay->setGeometry(m_overlay->parentWidget()->rect());
+        return false;
+    }
+
+private:
+    QWidget *m_overlay;
+};
+
+// The widget a presentation covers: the window root when this screen lives under it (so the
+// presentation goes away with the root), else the top-level window itself.
+QWidget *presentationHost(ViewController *presenter)
+{
+    QWidget *window = presenter->window();
+    ViewController *root = rootViewController(window);
+    if (root && (root == presenter || root->isAncestorOf(presenter)))
+        return root;
+    return window;
+}
+
+void callAppear(ViewController *vc, bool animated)
+{
+    if (auto *nav = qobject_cast<NavigationController *>(vc)) {
+        nav->appear();
+        return;
+    }
+    vc->viewWillAppear(animated);
+    vc->viewDidAppear(animated);
+}
+
+void callDisappear(ViewController *vc, bool animated)
+{
+    if (auto *nav = qobject_cast<NavigationController *>(vc)) {
+        nav->disappear();
+        return;
+    }
+    vc->viewWillDisappear(animated);
+    vc->viewDidDisappear(animated);
+}
+
+} // namespace
+
+ViewController::ViewController(QWidget *parent)
+    : QWidget(parent)
+{ }
+
+ViewController::~ViewController() = default;
+
+void ViewController::prepare(const StoryboardSegue &segue, QObject *sender)
+{
+    Q_UNUSED(segue)
+    Q_UNUSED(sender)
+}
+
+void ViewController::loadViewIfNeeded()
+{
+    if (m_viewLoaded)
+        return;
+    // Marked first so that a viewDidLoad which touches the view again does not recurse.
+    m_viewLoaded = true;
+    viewDidLoad();
+}
+
+NavigationController *ViewController::navigationController() const
+{
+    return m_navigationController;
+}
+
+void ViewController::updateNavigationBar()
+{
+    NavigationController *nav = navigationController();
+    if (nav && nav->topViewController() == this)
+        nav->refreshNavigationBar();
+}
+
+void ViewController::present(ViewController *vc, bool animated)
+{
+    if (!vc)
+        return;
+    if (m_presented) {
+        qCWarning(lcFlow) << "a screen is already presented here; the new presentation is ignored";
+        return;
+    }
+    QWidget *host = presentationHost(this);
+    vc->setParent(host);
+    vc->setGeometry(host->rect());
+    new FillParentFilter(host, vc);
+    m_presented = vc;
+    vc->m_presenting = this;
+    vc->show();
+    vc->raise();
+    vc->loadViewIfNeeded();
+    callAppear(vc, animated);
+}
+
+void ViewController::dismiss(bool animated)
+{
+    ViewController *target = m_presented;
+    if (!target && m_presenting)
+        target = this;
+    if (!target) {
+        NavigationController *nav = navigationController();
+        if (nav && nav->presentingViewController())
+            target = nav;
+    }
+    if (!target)
+        return;
+
+    // Whatever the dismissed screen presented goes with it.
+    if (target->m_presented)
+        target->dismiss(animated);
+    callDisappear(target, animated);
+    if (ViewController *presenter = target->m_presenting)
+        presenter->m_presented = nullptr;
+    target->m_presenting = nullptr;
+    target->hide();
+    target->deleteLater();
+}
+
+void ViewController::performSegue(const QString &identifier, QObject *sender)
+{
+    if (!m_storyboard)
+        fatalError("performSegue on a screen that does not come from a storyboard");
+    m_storyboard->performSegue(this, identifier, sender);
+}
+
+} // namespace kovena

@@ -1,0 +1,245 @@
+#include "ScreenTestSupport.h"
+
+#include "platform/ManualScheduler.h"
+
+#include <QCoreApplication>
+#include <QLabel>
+#include <QMainWindow>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace kovena {
+namespace {
+
+using test::RecordingScreen;
+
+QStringList list(std::initializer_list<const char *> items)
+{
+    QStringList out;
+    for (const char *i : items)
+        out << QString::fromLatin1(i);
+    return out;
+}
+
+void flushDeletes()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+class NavigationTest : public ::testing::Test
+{
+protected:
+    NavigationTest() { nav.resize(360, 640); }
+
+    RecordingScreen *screen(const char *name)
+    {
+        return new RecordingScreen(QString::fromLatin1(name), &journal);
+    }
+
+    QStringList journal;
+    NavigationController nav;
+};
+
+TEST_F(NavigationTest, ScreensPushedFromSuccessiveLoadsSettleOnTheLastOne)
+{
+    auto *initial = screen("initial");
+    auto *options = screen("options");
+    auto *upi = screen("upi");
+    initial->onLoad = [&] {
+        nav.addTransition(Transition { 0.3, QStringLiteral("moveIn"), QStringLiteral("fromTop") });
+        nav.pushViewController(options, false);
+    };
+    options->onLoad = [&] { nav.pushViewController(upi, false); };
+    nav.setViewControllers({ initial });
+    EXPECT_TRUE(journal.isEmpty()) << "setting the stack does not load it";
+
+    QSignalSpy shown(&nav, &NavigationController::didShowViewController);
+    nav.show();
+    nav.appear();
+
+    EXPECT_EQ(
+        journal, list({ "initial.load", "options.load", "upi.load", "upi.willAppear", "upi.didAppear" }));
+    EXPECT_EQ(nav.topViewController(), upi);
+    EXPECT_EQ(nav.viewControllers(), (QList<ViewController *> { initial, options, upi }));
+    EXPECT_TRUE(upi->isVisible());
+    EXPECT_FALSE(options->isVisible());
+    ASSERT_EQ(shown.size(), 1);
+    EXPECT_EQ(shown.at(0).at(0).value<ViewController *>(), upi);
+    ASSERT_TRUE(nav.lastTransition().has_value());
+    EXPECT_DOUBLE_EQ(nav.lastTransition()->duration, 0.3);
+    EXPECT_EQ(nav.lastTransition()->subtype, QStringLiteral("fromTop"));
+}
+
+TEST_F(NavigationTest, PushAndPopOnAVisibleStackCallTheLifecycleInPlatformOrder)
+{
+    auto *first = screen("first");
+    nav.setViewControllers({ first });
+    nav.appear();
+    journal.clear();
+
+    auto *second = screen("second");
+    nav.pushViewController(second, true);
+    EXPECT_EQ(journal,
+        list({ "second.load", "first.willDisappear", "second.willAppear", "first.didDisappear",
+            "second.didAppear" }));
+    EXPECT_FALSE(nav.lastTransition().has_value()) << "no transition was asked for";
+
+    journal.clear();
+    QPointer<ViewController> popped = nav.popViewController(true);
+    EXPECT_EQ(popped, second);
+    EXPECT_EQ(journal,
+        list({ "second.willDisappear(moving)", "first.willAppear", "second.didDisappear(moving)",
+            "first.didAppear" }));
+    EXPECT_FALSE(second->isMovingFromParent());
+    EXPECT_EQ(nav.topViewController(), first);
+    flushDeletes();
+    EXPECT_TRUE(popped.isNull()) << "a popped screen is released";
+
+    journal.clear();
+    EXPECT_EQ(nav.popViewController(true), nullptr) << "the root screen is never popped";
+    EXPECT_TRUE(journal.isEmpty());
+}
+
+TEST_F(NavigationTest, HiddenStackLoadsNothingUntilItAppears)
+{
+    auto *first = screen("first");
+    auto *second = screen("second");
+    nav.setViewControllers({ first });
+    nav.pushViewController(second, false);
+    EXPECT_TRUE(journal.isEmpty());
+    nav.appear();
+    EXPECT_EQ(journal, list({ "second.load", "second.willAppear", "second.didAppear" }));
+    EXPECT_FALSE(first->isViewLoaded());
+
+    journal.clear();
+    nav.disappear();
+    EXPECT_EQ(journal, list({ "second.willDisappear", "second.didDisappear" }));
+}
+
+TEST_F(NavigationTest, PushFromWillAppearEndsOnThePushedScreen)
+{
+    auto *first = screen("first");
+    auto *second = screen("second");
+    bool pushed = false;
+    first->onWillAppear = [&] {
+        if (!std::exchange(pushed, true))
+            nav.pushViewController(second, false);
+    };
+    nav.setViewControllers({ first });
+    nav.appear();
+    EXPECT_EQ(nav.topViewController(), second);
+    EXPECT_EQ(journal.count(QStringLiteral("second.load")), 1);
+    EXPECT_EQ(journal.last(), QStringLiteral("second.didAppear"));
+    EXPECT_FALSE(journal.contains(QStringLiteral("first.didAppear")));
+}
+
+TEST_F(NavigationTest, NavigationBarFollowsTheTopScreen)
+{
+    auto *first = screen("first");
+    first->navigationItem().title = QStringLiteral("Options");
+    nav.setViewControllers({ first });
+    nav.show();
+    nav.appear();
+    EXPECT_FALSE(nav.backButton()->isVisible()) << "nothing to go back to";
+    EXPECT_FALSE(nav.rightButton()->isVisible());
+    EXPECT_EQ(nav.findChild<QLabel *>(QStringLiteral("navTitle"))->text(), QStringLiteral("Options"));
+
+    auto *second = screen("second");
+    nav.pushViewController(second, false);
+    EXPECT_TRUE(nav.backButton()->isVisible());
+
+    int cancelled = 0;
+    second->navigationItem().hidesBackButton = true;
+    second->navigationItem().rightBarButtonItem
+        = BarButtonItem { QStringLiteral("Cancel"), Qt::red, [&] { ++cancelled; } };
+    second->updateNavigationBar();
+    EXPECT_FALSE(nav.backButton()->isVisible());
+    ASSERT_TRUE(nav.rightButton()->isVisible());
+    EXPECT_EQ(nav.rightButton()->text(), QStringLiteral("Cancel"));
+    QTest::mouseClick(nav.rightButton(), Qt::LeftButton);
+    EXPECT_EQ(cancelled, 1);
+
+    second->navigationItem().hidesBackButton = false;
+    second->updateNavigationBar();
+    journal.clear();
+    QTest::mouseClick(nav.backButton(), Qt::LeftButton);
+    EXPECT_EQ(nav.topViewController(), first);
+    EXPECT_TRUE(journal.contains(QStringLiteral("second.didDisappear(moving)")));
+    EXPECT_FALSE(nav.rightButton()->isVisible());
+}
+
+class RootTest : public ::testing::Test
+{
+protected:
+    ManualScheduler clock;
+    ScopedScheduler installed { clock };
+    QStringList journal;
+};
+
+TEST_F(RootTest, MainWindowKeepsTheMerchantWidgetAndLoadsTheRootOnTheNextTurn)
+{
+    QMainWindow window;
+    QPointer<QWidget> merchant = new QLabel(QStringLiteral("merchant"));
+    window.setCentralWidget(merchant);
+    window.show();
+
+    auto *nav = new NavigationController;
+    auto *initial = new RecordingScreen(QStringLiteral("initial"), &journal);
+    nav->setViewControllers({ initial });
+    setRootViewController(merchant, nav);
+
+    EXPECT_EQ(rootViewController(&window), nav);
+    EXPECT_EQ(window.centralWidget(), nav);
+    EXPECT_TRUE(nav->isVisible());
+    ASSERT_FALSE(merchant.isNull());
+    EXPECT_EQ(merchant->parentWidget(), &window);
+    EXPECT_FALSE(merchant->isVisible());
+    EXPECT_TRUE(journal.isEmpty()) << "loading waits for the main queue";
+
+    EXPECT_EQ(clock.runDue(), 1);
+    EXPECT_EQ(journal, list({ "initial.load", "initial.willAppear", "initial.didAppear" }));
+
+    // A second install releases the first root, which disappears first.
+    QPointer<NavigationController> first = nav;
+    auto *nav2 = new NavigationController;
+    nav2->setViewControllers({ new RecordingScreen(QStringLiteral("again"), &journal) });
+    journal.clear();
+    setRootViewController(merchant, nav2);
+    EXPECT_EQ(journal, list({ "initial.willDisappear", "initial.didDisappear" }));
+    flushDeletes();
+    EXPECT_TRUE(first.isNull());
+    EXPECT_FALSE(merchant.isNull());
+    clock.runDue();
+    EXPECT_EQ(journal.last(), QStringLiteral("again.didAppear"));
+}
+
+TEST_F(RootTest, PlainWindowCoversTheMerchantAndAReplacedRootNeverLoads)
+{
+    QWidget window;
+    window.resize(400, 700);
+    QPointer<QWidget> merchant = new QPushButton(QStringLiteral("Pay"), &window);
+    window.show();
+
+    auto *stale = new RecordingScreen(QStringLiteral("stale"), &journal);
+    QPointer<ViewController> staleGuard = stale;
+    setRootViewController(merchant, stale);
+    auto *fresh = new RecordingScreen(QStringLiteral("fresh"), &journal);
+    setRootViewController(&window, fresh);
+
+    clock.runDue();
+    flushDeletes();
+    EXPECT_TRUE(staleGuard.isNull());
+    EXPECT_EQ(journal, list({ "fresh.load", "fresh.willAppear", "fresh.didAppear" }));
+    EXPECT_EQ(rootViewController(merchant), fresh);
+    ASSERT_FALSE(merchant.isNull());
+    EXPECT_FALSE(merchant->isVisible());
+    EXPECT_EQ(fresh->geometry(), window.rect());
+    window.resize(500, 800);
+    EXPECT_EQ(fresh->geometry(), window.rect()) << "the root follows the window's size";
+}
+
+} // namespace
+} // namespace kovena

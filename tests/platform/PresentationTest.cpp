@@ -1,0 +1,233 @@
+#include "ScreenTestSupport.h"
+
+#include "platform/AlertController.h"
+#include "platform/ManualScheduler.h"
+#include "platform/Storyboard.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace kovena {
+namespace {
+
+using test::RecordingScreen;
+
+void flushDeletes()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+// A window whose root is a navigation stack with one loaded screen on top.
+class PresentationTest : public ::testing::Test
+{
+protected:
+    PresentationTest()
+    {
+        window.resize(360, 640);
+        window.show();
+        nav = new NavigationController;
+        home = new RecordingScreen(QStringLiteral("home"), &journal);
+        nav->setViewControllers({ home });
+        setRootViewController(&window, nav);
+        clock.runDue();
+        journal.clear();
+    }
+
+    ManualScheduler clock;
+    ScopedScheduler installed { clock };
+    QStringList journal;
+    QWidget window;
+    NavigationController *nav = nullptr;
+    RecordingScreen *home = nullptr;
+};
+
+TEST_F(PresentationTest, PresentedScreenCoversTheWindowAndDismissReleasesIt)
+{
+    auto *popup = new RecordingScreen(QStringLiteral("popup"), &journal);
+    QPointer<ViewController> guard = popup;
+    home->present(popup, true);
+    EXPECT_EQ(journal,
+        (QStringList { QStringLiteral("popup.load"), QStringLiteral("popup.willAppear"),
+            QStringLiteral("popup.didAppear") }))
+        << "the presenting screen keeps running underneath";
+    EXPECT_EQ(home->presentedViewController(), popup);
+    EXPECT_EQ(popup->presentingViewController(), home);
+    EXPECT_TRUE(popup->isVisible());
+    EXPECT_EQ(popup->mapTo(&window, QPoint(0, 0)), QPoint(0, 0));
+    EXPECT_EQ(popup->size(), window.size());
+
+    journal.clear();
+    home->dismiss(true);
+    EXPECT_EQ(journal,
+        (QStringList { QStringLiteral("popup.willDisappear"), QStringLiteral("popup.didDisappear") }));
+    EXPECT_EQ(home->presentedViewController(), nullptr);
+    flushDeletes();
+    EXPECT_TRUE(guard.isNull());
+    EXPECT_TRUE(home->isVisible());
+}
+
+struct DismissCase
+{
+    const char *label;
+    bool presentFirst;
+    bool fromPresented; // the presented screen dismisses itself rather than its presenter
+};
+
+class DismissTest : public PresentationTest, public ::testing::WithParamInterface<DismissCase>
+{
+};
+
+TEST_P(DismissTest, DismissOnlyEverRemovesAPresentation)
+{
+    const DismissCase &c = GetParam();
+    QPointer<ViewController> popup = new RecordingScreen(QStringLiteral("popup"), &journal);
+    if (c.presentFirst)
+        home->present(popup, false);
+    (c.fromPresented ? popup.data() : static_cast<ViewController *>(home))->dismiss(true);
+    flushDeletes();
+    EXPECT_EQ(popup.isNull(), c.presentFirst);
+    EXPECT_TRUE(home->isVisible()) << "the screen that was not presented stays where it is";
+    EXPECT_EQ(nav->topViewController(), home);
+    EXPECT_EQ(rootViewController(&window), nav);
+    if (!c.presentFirst)
+        delete popup;
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, DismissTest,
+    ::testing::Values(DismissCase { "presenterDismisses", true, false },
+        DismissCase { "presentedDismissesItself", true, true },
+        DismissCase { "nothingPresented", false, false }),
+    [](const auto &info) { return std::string(info.param.label); });
+
+TEST_F(PresentationTest, ScreenInsideAPresentedStackDismissesTheWholeStack)
+{
+    auto *modal = new NavigationController;
+    auto *inner = new RecordingScreen(QStringLiteral("inner"), &journal);
+    modal->setViewControllers({ inner });
+    QPointer<NavigationController> modalGuard = modal;
+    home->present(modal, true);
+    EXPECT_EQ(journal.last(), QStringLiteral("inner.didAppear"));
+    inner->dismiss(true);
+    EXPECT_EQ(journal.last(), QStringLiteral("inner.didDisappear"));
+    flushDeletes();
+    EXPECT_TRUE(modalGuard.isNull());
+}
+
+TEST_F(PresentationTest, AlertButtonsRunTheirHandlerThenCloseTheAlert)
+{
+    QStringList ran;
+    auto makeAlert = [&] {
+        auto *alert
+            = new AlertController(QString(), QStringLiteral("Are you sure want to cancel transaction?"));
+        alert->addAction({ QStringLiteral("Cancel"), AlertController::ActionStyle::Cancel,
+            [&] { ran << QStringLiteral("no"); } });
+        alert->addAction({ QStringLiteral("Proceed"), AlertController::ActionStyle::Default,
+            [&] { ran << QStringLiteral("yes"); } });
+        home->present(alert, true);
+        return QPointer<AlertController>(alert);
+    };
+
+    QPointer<AlertController> alert = makeAlert();
+    EXPECT_EQ(alert->findChild<QLabel *>(QStringLiteral("alertMessage"))->text(),
+        QStringLiteral("Are you sure want to cancel transaction?"));
+    EXPECT_EQ(alert->findChild<QLabel *>(QStringLiteral("alertTitle")), nullptr) << "no title was given";
+    auto *proceed = alert->findChild<QPushButton *>(QStringLiteral("alertAction1"));
+    ASSERT_NE(proceed, nullptr);
+    EXPECT_EQ(proceed->text(), QStringLiteral("Proceed"));
+    QTest::mouseClick(proceed, Qt::LeftButton);
+    EXPECT_EQ(ran, QStringList { QStringLiteral("yes") });
+    EXPECT_EQ(home->presentedViewController(), nullptr);
+    flushDeletes();
+    EXPECT_TRUE(alert.isNull());
+
+    alert = makeAlert();
+    EXPECT_FALSE(alert->trigger(QStringLiteral("Maybe")));
+    EXPECT_EQ(home->presentedViewController(), alert.data());
+    EXPECT_TRUE(alert->trigger(QStringLiteral("Cancel")));
+    EXPECT_EQ(ran, (QStringList { QStringLiteral("yes"), QStringLiteral("no") }));
+    EXPECT_EQ(home->presentedViewController(), nullptr);
+}
+
+class SegueSource : public RecordingScreen
+{
+public:
+    using RecordingScreen::RecordingScreen;
+    void prepare(const StoryboardSegue &segue, QObject *sender) override
+    {
+        prepared = segue;
+        preparedSender = sender;
+        // The destination is not loaded yet when fields are handed over.
+        destinationLoadedAtPrepare = segue.destination->isViewLoaded();
+    }
+    StoryboardSegue prepared;
+    QObject *preparedSender = nullptr;
+    bool destinationLoadedAtPrepare = true;
+};
+
+class StoryboardTest : public ::testing::Test
+{
+protected:
+    StoryboardTest()
+    {
+        board.registerScene(
+            QStringLiteral("Source"), [this] { return new SegueSource(QStringLiteral("source"), &journal); });
+        board.registerScene(QStringLiteral("Target"),
+            [this] { return new RecordingScreen(QStringLiteral("target"), &journal); });
+        board.registerSegue(QStringLiteral("toTarget"), QStringLiteral("Target"));
+    }
+    QStringList journal;
+    Storyboard board { QStringLiteral("MainKovena") };
+};
+
+TEST_F(StoryboardTest, InstantiateMakesANewScreenEachTimeAndTagsIt)
+{
+    EXPECT_EQ(board.instantiateInitialViewController(), nullptr);
+    board.setInitialScene(QStringLiteral("Target"));
+    std::unique_ptr<ViewController> a(board.instantiateInitialViewController());
+    std::unique_ptr<ViewController> b(board.instantiateViewController(QStringLiteral("Target")));
+    ASSERT_TRUE(a && b);
+    EXPECT_NE(a.get(), b.get());
+    EXPECT_EQ(a->storyboard(), &board);
+    EXPECT_EQ(b->storyboardIdentifier(), QStringLiteral("Target"));
+    EXPECT_FALSE(a->isViewLoaded());
+}
+
+TEST_F(StoryboardTest, SeguePreparesThenPushesOnTheSourceStack)
+{
+    NavigationController nav;
+    auto *source = static_cast<SegueSource *>(board.instantiateViewController(QStringLiteral("Source")));
+    nav.setViewControllers({ source });
+    nav.appear();
+    QObject sender;
+    source->performSegue(QStringLiteral("toTarget"), &sender);
+
+    EXPECT_EQ(source->prepared.identifier, QStringLiteral("toTarget"));
+    EXPECT_EQ(source->prepared.source, source);
+    EXPECT_EQ(source->preparedSender, &sender);
+    EXPECT_FALSE(source->destinationLoadedAtPrepare);
+    EXPECT_EQ(nav.topViewController(), source->prepared.destination);
+    EXPECT_EQ(nav.topViewController()->storyboardIdentifier(), QStringLiteral("Target"));
+    EXPECT_EQ(journal.last(), QStringLiteral("target.didAppear"));
+
+    // Without a navigation controller the destination is prepared but not shown anywhere.
+    std::unique_ptr<ViewController> loose(board.instantiateViewController(QStringLiteral("Source")));
+    loose->performSegue(QStringLiteral("toTarget"), nullptr);
+    EXPECT_EQ(nav.viewControllers().size(), 2);
+}
+
+using StoryboardDeathTest = StoryboardTest;
+
+TEST_F(StoryboardDeathTest, UnknownIdentifiersAreFatal)
+{
+    EXPECT_DEATH(board.instantiateViewController(QStringLiteral("PaymentOptionVc")), "no scene");
+    std::unique_ptr<ViewController> source(board.instantiateViewController(QStringLiteral("Source")));
+    EXPECT_DEATH(source->performSegue(QStringLiteral("toNowhere"), nullptr), "no segue");
+    RecordingScreen loose(QStringLiteral("loose"), &journal);
+    EXPECT_DEATH(loose.performSegue(QStringLiteral("toTarget"), nullptr), "storyboard");
+}
+
+} // namespace
+} // namespace kovena

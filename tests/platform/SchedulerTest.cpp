@@ -1,0 +1,219 @@
+#include "platform/Dispatch.h"
+#include "platform/ManualScheduler.h"
+#include "platform/QtScheduler.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QMutex>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace std::chrono_literals;
+using kovena::DispatchWorkItem;
+using kovena::ManualScheduler;
+using kovena::QueueKind;
+using kovena::ScopedScheduler;
+
+namespace {
+
+// Spins the event loop until `done` holds or five seconds pass; returns whether it held.
+template<typename Pred> bool waitFor(Pred done)
+{
+    QDeadlineTimer deadline(5000);
+    while (!done() && !deadline.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::yieldCurrentThread();
+    }
+    return done();
+}
+
+struct Post
+{
+    std::string name;
+    int delayMs;
+};
+
+struct WindowCase
+{
+    const char *label;
+    std::vector<Post> posts;
+    int advanceMs;
+    std::string expectedRun;
+    int expectedPending;
+};
+
+class ManualWindowTest : public ::testing::TestWithParam<WindowCase>
+{
+};
+
+TEST_P(ManualWindowTest, RunsDueBlocksInDueThenPostingOrder)
+{
+    const WindowCase &c = GetParam();
+    ManualScheduler s;
+    std::string ran;
+    for (const Post &p : c.posts)
+        s.post(QueueKind::Main, std::chrono::milliseconds(p.delayMs), [&ran, name = p.name] { ran += name; });
+    const int count = s.advance(std::chrono::milliseconds(c.advanceMs));
+    EXPECT_EQ(ran, c.expectedRun);
+    EXPECT_EQ(count, static_cast<int>(c.expectedRun.size()));
+    EXPECT_EQ(s.pendingCount(), c.expectedPending);
+    EXPECT_EQ(s.now(), std::chrono::milliseconds(c.advanceMs));
+}
+
+INSTANTIATE_TEST_SUITE_P(Windows, ManualWindowTest,
+    ::testing::Values(WindowCase { "sameDueFifo", { { "a", 5 }, { "b", 5 }, { "c", 5 } }, 5, "abc", 0 },
+        WindowCase { "dueOrderBeatsPostingOrder", { { "a", 30 }, { "b", 10 }, { "c", 20 } }, 30, "bca", 0 },
+        WindowCase { "boundaryIsInclusive", { { "a", 100 }, { "b", 101 } }, 100, "a", 1 },
+        WindowCase { "nothingDueYet", { { "a", 1 } }, 0, "", 1 },
+        WindowCase { "negativeDelayIsNow", { { "a", 0 }, { "b", -50 } }, 0, "ab", 0 }),
+    [](const auto &info) { return std::string(info.param.label); });
+
+TEST(ManualScheduler, BlocksPostedDuringAdvanceRunWhenInsideTheWindow)
+{
+    ManualScheduler s;
+    std::vector<std::pair<std::string, std::chrono::milliseconds>> log;
+    s.post(QueueKind::Global, 1s, [&] {
+        log.emplace_back("first", s.now());
+        s.post(QueueKind::Main, 10s, [&] {
+            log.emplace_back("second", s.now());
+            s.post(QueueKind::Main, 1s, [&] { log.emplace_back("third", s.now()); });
+        });
+        s.post(QueueKind::Main, 0ms, [&] { log.emplace_back("immediate", s.now()); });
+    });
+
+    EXPECT_EQ(s.advance(11s), 3);
+    ASSERT_EQ(log.size(), 3u);
+    EXPECT_EQ(log[0], std::make_pair(std::string("first"), std::chrono::milliseconds(1s)));
+    EXPECT_EQ(log[1], std::make_pair(std::string("immediate"), std::chrono::milliseconds(1s)));
+    EXPECT_EQ(log[2], std::make_pair(std::string("second"), std::chrono::milliseconds(11s)));
+    EXPECT_EQ(s.nextDueIn(), 1s);
+    EXPECT_EQ(s.advance(999ms), 0);
+    EXPECT_EQ(s.runDue(), 0);
+    EXPECT_EQ(s.advance(1ms), 1);
+    EXPECT_EQ(s.nextDueIn(), -1ms);
+}
+
+TEST(ManualScheduler, RunDueRunsOnlyWhatIsDueNowIncludingWhatItPostsForNow)
+{
+    ManualScheduler s;
+    int ran = 0;
+    s.post(QueueKind::Main, 0ms, [&] {
+        ++ran;
+        s.post(QueueKind::Main, 0ms, [&] { ++ran; });
+        s.post(QueueKind::Main, 1ms, [&] { ++ran; });
+    });
+    EXPECT_EQ(s.runDue(), 2);
+    EXPECT_EQ(ran, 2);
+    EXPECT_EQ(s.pendingCount(), 1);
+    EXPECT_EQ(s.now(), 0ms);
+}
+
+TEST(ManualScheduler, RecordsTheQueueOfEachPendingBlockInDueOrder)
+{
+    ManualScheduler s;
+    ScopedScheduler installed(s);
+    kovena::dispatch::main().asyncAfter(10s, [] {});
+    kovena::dispatch::global().asyncAfter(1s, [] {});
+    kovena::dispatch::main().async([] {});
+    EXPECT_EQ(
+        s.pendingQueues(), (std::vector<QueueKind> { QueueKind::Main, QueueKind::Global, QueueKind::Main }));
+}
+
+TEST(ManualScheduler, AcceptsPostsFromOtherThreads)
+{
+    ManualScheduler s;
+    std::atomic<int> ran { 0 };
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 250; ++i)
+                s.post(QueueKind::Main, std::chrono::milliseconds(i % 7), [&] { ++ran; });
+        });
+    for (auto &t : threads)
+        t.join();
+    EXPECT_EQ(s.advance(10ms), 1000);
+    EXPECT_EQ(ran.load(), 1000);
+}
+
+TEST(Dispatch, WorkItemCancelledBeforeItsTimeDoesNotRun)
+{
+    ManualScheduler s;
+    ScopedScheduler installed(s);
+    int ran = 0;
+    auto kept = std::make_shared<DispatchWorkItem>([&] { ++ran; });
+    auto cancelled = std::make_shared<DispatchWorkItem>([&] { ++ran; });
+    kovena::dispatch::main().asyncAfter(1s, kept);
+    kovena::dispatch::global().asyncAfter(1s, cancelled);
+    std::weak_ptr<DispatchWorkItem> watch = cancelled;
+    cancelled->cancel();
+    cancelled.reset();
+    EXPECT_FALSE(watch.expired()) << "the queue keeps the item alive until its time";
+    EXPECT_EQ(s.advance(1s), 2);
+    EXPECT_EQ(ran, 1);
+    EXPECT_TRUE(watch.expired());
+    EXPECT_FALSE(kept->isCancelled());
+}
+
+TEST(Dispatch, ScopedSchedulerRestoresTheQtScheduler)
+{
+    ManualScheduler s;
+    {
+        ScopedScheduler installed(s);
+        EXPECT_EQ(&kovena::scheduler(), &s);
+    }
+    EXPECT_EQ(&kovena::scheduler(), &kovena::QtScheduler::instance());
+}
+
+TEST(QtScheduler, MainBlocksFromAnotherThreadRunOnTheGuiThreadInOrder)
+{
+    QMutex mutex;
+    std::vector<int> order;
+    std::vector<bool> onMain;
+    std::thread poster([&] {
+        EXPECT_FALSE(kovena::dispatch::isMainThread());
+        for (int i = 0; i < 5; ++i)
+            kovena::dispatch::main().async([&, i] {
+                QMutexLocker lock(&mutex);
+                order.push_back(i);
+                onMain.push_back(kovena::dispatch::isMainThread());
+            });
+        kovena::dispatch::main().asyncAfter(30ms, [&] {
+            QMutexLocker lock(&mutex);
+            order.push_back(99);
+            onMain.push_back(QThread::currentThread() == qApp->thread());
+        });
+    });
+    poster.join();
+    ASSERT_TRUE(waitFor([&] {
+        QMutexLocker lock(&mutex);
+        return order.size() == 6;
+    }));
+    EXPECT_EQ(order, (std::vector<int> { 0, 1, 2, 3, 4, 99 }));
+    EXPECT_EQ(onMain, std::vector<bool>(6, true));
+}
+
+TEST(QtScheduler, GlobalBlocksRunOffTheGuiThread)
+{
+    std::atomic<int> done { 0 };
+    std::atomic<QThread *> immediateThread { nullptr };
+    std::atomic<QThread *> delayedThread { nullptr };
+    kovena::dispatch::global().async([&] {
+        immediateThread = QThread::currentThread();
+        ++done;
+    });
+    auto item = std::make_shared<DispatchWorkItem>([&] {
+        delayedThread = QThread::currentThread();
+        ++done;
+    });
+    kovena::dispatch::global().asyncAfter(20ms, item);
+    ASSERT_TRUE(waitFor([&] { return done.load() == 2; }));
+    EXPECT_NE(immediateThread.load(), qApp->thread());
+    EXPECT_EQ(immediateThread.load(), delayedThread.load());
+}
+
+} // namespace

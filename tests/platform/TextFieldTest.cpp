@@ -1,0 +1,158 @@
+#include "ScreenTestSupport.h"
+
+#include "platform/TextField.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace kovena {
+namespace {
+
+struct RangeCase
+{
+    const char *label;
+    const char *before;
+    const char *after;
+    int cursor;
+    int start;
+    int length;
+    const char *replacement;
+};
+
+class EditRangeTest : public ::testing::TestWithParam<RangeCase>
+{
+};
+
+TEST_P(EditRangeTest, FindsTheReplacedRange)
+{
+    const RangeCase &c = GetParam();
+    const auto edit
+        = TextField::editBetween(QString::fromUtf8(c.before), QString::fromUtf8(c.after), c.cursor);
+    EXPECT_EQ(edit.start, c.start);
+    EXPECT_EQ(edit.length, c.length);
+    EXPECT_EQ(edit.replacement, QString::fromUtf8(c.replacement));
+    // Applying the edit to the old text always gives the new one.
+    EXPECT_EQ(QString::fromUtf8(c.before).replace(edit.start, edit.length, edit.replacement),
+        QString::fromUtf8(c.after));
+}
+
+INSTANTIATE_TEST_SUITE_P(Edits, EditRangeTest,
+    ::testing::Values(RangeCase { "typeAtEnd", "abc", "abcd", 4, 3, 0, "d" },
+        RangeCase { "typeInMiddle", "ac", "abc", 2, 1, 0, "b" },
+        RangeCase { "typeIntoEmpty", "", "x", 1, 0, 0, "x" },
+        RangeCase { "backspace", "abc", "ac", 1, 1, 1, "" },
+        RangeCase { "deleteForward", "abc", "bc", 0, 0, 1, "" },
+        RangeCase { "repeatedLetterBackspace", "aa", "a", 1, 1, 1, "" },
+        RangeCase { "repeatedLetterTypedFirst", "aa", "aaa", 1, 1, 0, "a" },
+        RangeCase { "paste", "name", "na@okme", 5, 2, 0, "@ok" },
+        RangeCase { "replaceSelection", "hello world", "hello there", 11, 6, 5, "there" },
+        RangeCase { "clearAll", "abc", "", 0, 0, 3, "" },
+        RangeCase { "surrogatePair", "a", "a\xF0\x9F\x98\x80", 3, 1, 0, "\xF0\x9F\x98\x80" }),
+    [](const auto &info) { return std::string(info.param.label); });
+
+// Accepts only lower-case letters, digits and '@', recording what it was asked.
+class RecordingDelegate : public TextFieldDelegate
+{
+public:
+    bool textFieldShouldChangeCharacters(
+        TextField *, int start, int length, const QString &replacement) override
+    {
+        calls.push_back({ start, length, replacement });
+        for (QChar ch : replacement)
+            if (!(ch.isLower() || ch.isDigit() || ch == QLatin1Char('@')))
+                return false;
+        return true;
+    }
+    struct Call
+    {
+        int start;
+        int length;
+        QString replacement;
+        bool operator==(const Call &) const = default;
+    };
+    std::vector<Call> calls;
+};
+
+class TextFieldTest : public ::testing::Test
+{
+protected:
+    TextFieldTest()
+    {
+        field.setDelegate(&delegate);
+        field.show();
+        field.setFocus();
+    }
+    RecordingDelegate delegate;
+    TextField field;
+};
+
+TEST_F(TextFieldTest, TypingGoesThroughTheDelegateAndRefusalsLeaveTextAndCursor)
+{
+    QSignalSpy changed(&field, &TextField::editingChanged);
+    QTest::keyClicks(&field, QStringLiteral("ab#c"));
+    EXPECT_EQ(field.text(), QStringLiteral("abc"));
+    EXPECT_EQ(changed.size(), 3);
+    ASSERT_EQ(delegate.calls.size(), 4u);
+    EXPECT_EQ(delegate.calls[2], (RecordingDelegate::Call { 2, 0, QStringLiteral("#") }));
+    EXPECT_EQ(delegate.calls[3], (RecordingDelegate::Call { 2, 0, QStringLiteral("c") }));
+
+    field.setCursorPosition(1);
+    QTest::keyClick(&field, Qt::Key_Space);
+    EXPECT_EQ(field.text(), QStringLiteral("abc"));
+    EXPECT_EQ(field.cursorPosition(), 1) << "a refused edit puts the cursor back";
+    QTest::keyClick(&field, Qt::Key_X);
+    EXPECT_EQ(field.text(), QStringLiteral("axbc"));
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 1, 0, QStringLiteral("x") }));
+}
+
+TEST_F(TextFieldTest, DeletionsAndSelectionReplacementReportTheirRange)
+{
+    field.setText(QStringLiteral("abcdef"));
+    field.setCursorPosition(3);
+    QTest::keyClick(&field, Qt::Key_Backspace);
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 2, 1, QString() }));
+    QTest::keyClick(&field, Qt::Key_Delete);
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 2, 1, QString() }));
+    EXPECT_EQ(field.text(), QStringLiteral("abef"));
+
+    field.setSelection(1, 2);
+    QTest::keyClick(&field, 'Z');
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 1, 2, QStringLiteral("Z") }));
+    EXPECT_EQ(field.text(), QStringLiteral("abef"));
+    EXPECT_EQ(field.selectedText(), QStringLiteral("be")) << "a refused edit keeps the selection";
+    QTest::keyClick(&field, Qt::Key_9);
+    EXPECT_EQ(field.text(), QStringLiteral("a9f"));
+}
+
+TEST_F(TextFieldTest, PasteIsOneEditAndProgrammaticTextIsTheNewBaseline)
+{
+    field.setText(QStringLiteral("name"));
+    field.setCursorPosition(2);
+    QApplication::clipboard()->setText(QStringLiteral("@ok"));
+    field.paste();
+    EXPECT_EQ(field.text(), QStringLiteral("na@okme"));
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 2, 0, QStringLiteral("@ok") }));
+
+    QApplication::clipboard()->setText(QStringLiteral("B A D"));
+    field.paste();
+    EXPECT_EQ(field.text(), QStringLiteral("na@okme"));
+
+    // A screen that rewrites the text on every change (lower-casing, say) sets the baseline.
+    QObject::connect(
+        &field, &TextField::editingChanged, &field, [this] { field.setText(field.text().toLower()); });
+    field.setDelegate(nullptr);
+    field.end(false);
+    QTest::keyClicks(&field, QStringLiteral("Q"));
+    EXPECT_EQ(field.text(), QStringLiteral("na@okmeq"));
+    field.setDelegate(&delegate);
+    QTest::keyClick(&field, Qt::Key_Backspace);
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 7, 1, QString() }));
+    EXPECT_EQ(field.text(), QStringLiteral("na@okme"));
+}
+
+} // namespace
+} // namespace kovena
