@@ -20,6 +20,10 @@ public:
     static QString amountFormat(const QString &amount);
     static bool isConnectedToNetwork();
     static QString getStatusDescription(std::int32_t paymentStatus);
+
+    // The whole text as a single-precision number, read the same way in every locale
+    // ("1.5", "1e3", "-2"); nothing when it is not one number (blanks, commas, empty).
+    static std::optional<float> floatValue(const QString &text);
 };
 
 } // namespace kovena
