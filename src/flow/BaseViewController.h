@@ -28,7 +28,7 @@ public:
     // Adds one more tap recogniser whose action is dismissKeyboard().
     void addDismissKeyboardTap();
     int tapRecognizerCount() const { return m_tapRecognizers; }
-    QToolBar *doneToolbar() const { return m_doneToolbar; }
+    QToolBar *doneToolbar() const;
     LoaderUI &loader() { return m_loader; }
 
 protected:

@@ -1,0 +1,102 @@
+#include "sdk/KovenaSDK.h"
+
+#include "api/Constants.h"
+#include "flow/MainKovena.h"
+#include "flow/NavigatorController.h"
+#include "platform/FatalError.h"
+#include "platform/Logging.h"
+#include "platform/Storyboard.h"
+#include "platform/UserDefaults.h"
+
+#include <QWidget>
+
+namespace kovena {
+
+namespace {
+
+const QString &required(const std::optional<QString> &value, const char *whatIsMissing)
+{
+    if (!value)
+        fatalError(whatIsMissing);
+    return *value;
+}
+
+NavigatorController *instantiateNavigator(Storyboard &storyboard)
+{
+    auto *navigator = qobject_cast<NavigatorController *>(storyboard.instantiateInitialViewController());
+    if (!navigator)
+        fatalError("the storyboard MainKovena has no NavigatorController as its initial scene");
+    return navigator;
+}
+
+// Replaces the merchant window's content with the flow; the merchant's own screen is kept,
+// hidden, and still receives the outcome.
+void install(QWidget *merchantVC, NavigatorController *navigator)
+{
+    if (!merchantVC)
+        fatalError("kovena: merchantVC is required");
+    setRootViewController(merchantVC->window(), navigator);
+}
+
+} // namespace
+
+KovenaSDK &KovenaSDK::instance()
+{
+    static KovenaSDK shared;
+    return shared;
+}
+
+void KovenaSDK::kovenaInit(QWidget *merchantVC, const QString &appName, const std::optional<QString> &orderNo,
+    const QString &accessToken, const QString &collectorId, const std::optional<QString> &amount,
+    const std::optional<QString> &customerMobNum, const std::optional<QString> &customerEmail,
+    const QString &requestId, const QString &paymentMode)
+{
+    Storyboard &storyboard = mainKovenaStoryboard();
+    qCDebug(lcKovena).noquote().nospace() << "---Merchant Access Token" << accessToken;
+    NavigatorController *navigator = instantiateNavigator(storyboard);
+
+    CheckoutParams &params = navigator->checkoutParams;
+    params.accessToken = accessToken;
+    params.collectorId = collectorId;
+    params.amount = required(amount, "kovenaInit: amount is required");
+    params.merchantTransactionRefNumber = required(orderNo, "kovenaInit: orderNo is required");
+    params.merchantAppName = appName;
+    params.merchantVC = merchantVC;
+    params.customerMobNum = required(customerMobNum, "kovenaInit: customerMobNum is required");
+    params.customerEmail = required(customerEmail, "kovenaInit: customerEmail is required");
+    params.paymentMode = paymentMode;
+    params.isStatusClicked = false;
+    params.requestId = requestId.isEmpty() ? *orderNo : requestId;
+
+    install(merchantVC, navigator);
+
+    UserDefaults::resetStandardUserDefaults();
+    UserDefaults &defaults = UserDefaults::standard();
+    defaults.setString(Constants::PG::CUSTOMER_MOBILE_NUM(), params.customerMobNum);
+    defaults.setString(Constants::PG::CUSTOMER_EMAIL(), params.customerEmail);
+    defaults.setString(Constants::PG::MERCHANT_ACCESS_TOKEN(), accessToken);
+    defaults.synchronize();
+}
+
+void KovenaSDK::kovenaStatusInit(QWidget *merchantVC, const QString &kovenaTransactionId,
+    const std::optional<QString> &orderId, const QString &accessToken)
+{
+    Storyboard &storyboard = mainKovenaStoryboard();
+    qCDebug(lcKovena).noquote().nospace() << "---Merchant Access Token" << accessToken;
+    NavigatorController *navigator = instantiateNavigator(storyboard);
+
+    CheckoutParams &params = navigator->checkoutParams;
+    params.isStatusClicked = true;
+    params.kovenaTxnId = kovenaTransactionId;
+    params.orderId = required(orderId, "kovenaStatusInit: orderId is required");
+    params.merchantVC = merchantVC;
+
+    install(merchantVC, navigator);
+
+    // Only the token: the customer fields of an earlier checkout stay.
+    UserDefaults &defaults = UserDefaults::standard();
+    defaults.setString(Constants::PG::MERCHANT_ACCESS_TOKEN(), accessToken);
+    defaults.synchronize();
+}
+
+} // namespace kovena
