@@ -13,20 +13,26 @@ namespace kovena::sandbox {
 struct RecordedRequest
 {
     std::string method;
-    std::string path;                                 // e.g. "/KoVena/v1/sdk/txn/1/false/2"
+    std::string path; // e.g. "/KoVena/v1/sdk/txn/1/false/2"
     std::vector<std::pair<std::string, std::string>> headers; // in arrival order, names as sent
     std::string body;
     std::string header(const std::string &name) const; // case-insensitive; "" when absent
-    int headerCount(const std::string &name) const;    // case-insensitive
+    int headerCount(const std::string &name) const; // case-insensitive
 };
 
 // A reply forced for the next request to one endpoint, in place of the normal handling.
+// A Qt client re-sends a request once when its connection closes before any byte of the
+// reply: to make it fail, queue two drops, or use truncateAfterHeaders.
 struct ScriptedReply
 {
     int status = 200;
-    std::string body;             // sent as is (may be invalid JSON, a fragment, empty)
-    bool dropConnection = false;  // close the connection without answering
-    std::chrono::milliseconds delay{0};
+    std::string body; // sent as is (may be invalid JSON, a fragment, empty)
+    bool dropConnection = false; // close the connection without answering
+    std::chrono::milliseconds delay { 0 };
+    bool handleNormally = false; // after the delay, answer as if nothing were scripted
+    // Send the status line and headers, then close before the body: every client sees a
+    // transport error on its first attempt.
+    bool truncateAfterHeaders = false;
 };
 
 // A local backend that speaks the payment backend's protocol under "/KoVena/": the status
@@ -57,10 +63,11 @@ public:
     // `endpoint` is the path after "/KoVena/", e.g. "v1/sdk/payForService". Replies queue
     // per endpoint and are used up in order.
     void enqueueReply(const std::string &endpoint, ScriptedReply reply);
+    void clearScriptedReplies();
 
     // A stored transaction that the status enquiry can find by id or merchant reference.
     void storeTransaction(std::int64_t kovenaTransactionId, const std::string &merchantReference,
-                          int paymentStatus, const std::string &amount);
+        int paymentStatus, const std::string &amount);
 
 private:
     struct Impl;

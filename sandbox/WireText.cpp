@@ -1,0 +1,115 @@
+#include "sandbox/WireText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <ctime>
+#include <iomanip>
+#include <regex>
+#include <sstream>
+
+namespace kovena::sandbox::wire {
+
+std::optional<std::int64_t> parseDecimalId(const std::string &text)
+{
+    if (text.empty() || !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }))
+        return std::nullopt;
+    std::int64_t value = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+bool isDecimalAmount(const std::string &text)
+{
+    static const std::regex pattern(R"(^[0-9]+(\.[0-9]+)?$)");
+    return std::regex_match(text, pattern);
+}
+
+std::string hexDigest(const std::string &text, std::size_t length)
+{
+    std::ostringstream out;
+    std::uint64_t hash = 1469598103934665603ull;
+    for (std::uint64_t round = 0; out.tellp() < static_cast<std::streamoff>(length); ++round) {
+        hash ^= round;
+        for (unsigned char c : text) {
+            hash ^= c;
+            hash *= 1099511628211ull;
+        }
+        out << std::hex << std::setw(16) << std::setfill('0') << hash;
+    }
+    return out.str().substr(0, length);
+}
+
+std::string utcTimestamp()
+{
+    using namespace std::chrono;
+    auto now = system_clock::now();
+    std::time_t t = system_clock::to_time_t(now);
+    std::tm tm {};
+    gmtime_r(&t, &tm);
+    auto ms = duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
+    std::ostringstream out;
+    out << std::put_time(&tm, "%Y-%m-%dT%H:%M:%S") << '.' << std::setw(3) << std::setfill('0') << ms << 'Z';
+    return out.str();
+}
+
+std::string transactionTime()
+{
+    std::time_t t = std::time(nullptr);
+    std::tm tm {};
+    localtime_r(&t, &tm);
+    std::ostringstream out;
+    out << std::put_time(&tm, "%Y-%m-%d %H:%M:%S");
+    return out.str();
+}
+
+namespace {
+
+bool maskIn(nlohmann::json &value)
+{
+    bool changed = false;
+    if (value.is_object()) {
+        for (auto &[key, member] : value.items()) {
+            if (key == "cvv" && !member.is_null()) {
+                member = "***";
+                changed = true;
+            } else if (key == "cardNumber" && member.is_string()) {
+                std::string number = member.get<std::string>();
+                size_t keep = std::min<size_t>(4, number.size());
+                member = std::string(number.size() - keep, '*') + number.substr(number.size() - keep);
+                changed = true;
+            } else {
+                changed = maskIn(member) || changed;
+            }
+        }
+    } else if (value.is_array()) {
+        for (auto &element : value)
+            changed = maskIn(element) || changed;
+    }
+    return changed;
+}
+
+} // namespace
+
+std::string maskCardData(const std::string &body)
+{
+    if (body.find("cardNumber") == std::string::npos && body.find("cvv") == std::string::npos)
+        return body;
+    nlohmann::json parsed = nlohmann::json::parse(body, nullptr, false);
+    if (parsed.is_discarded() || !maskIn(parsed))
+        return body;
+    return parsed.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+std::string toLower(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+} // namespace kovena::sandbox::wire

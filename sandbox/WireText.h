@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+// Small text helpers shared by the sandbox's endpoints and its request log.
+namespace kovena::sandbox::wire {
+
+// A positive decimal integer written with digits only (no sign, blanks or exponent).
+std::optional<std::int64_t> parseDecimalId(const std::string &text);
+// One or more digits, optionally a point and one or more digits.
+bool isDecimalAmount(const std::string &text);
+// A stable, realistic-looking hexadecimal digest of the text (not a cryptographic hash).
+std::string hexDigest(const std::string &text, std::size_t length = 64);
+// "2024-01-31T09:15:00.123Z"
+std::string utcTimestamp();
+// "2024-01-31 14:45:00" in local time, as the backend writes transaction times.
+std::string transactionTime();
+// The body with the values of any "cardNumber" (all but the last four digits) and "cvv"
+// members masked, when it is JSON; any other body is returned as it is.
+std::string maskCardData(const std::string &body);
+std::string toLower(std::string text);
+
+} // namespace kovena::sandbox::wire

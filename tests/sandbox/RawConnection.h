@@ -1,0 +1,60 @@
+#pragma once
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <string>
+
+namespace kovena::sandbox::test {
+
+// A bare TCP connection, for requests whose exact bytes matter and for seeing a connection
+// end with nothing sent back.
+class RawConnection
+{
+public:
+    explicit RawConnection(int port)
+    {
+        m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in addr {};
+        addr.sin_family = AF_INET;
+        addr.sin_port = htons(static_cast<uint16_t>(port));
+        addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        timeval timeout { 10, 0 };
+        ::setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
+        m_connected = ::connect(m_fd, reinterpret_cast<sockaddr *>(&addr), sizeof(addr)) == 0;
+    }
+    ~RawConnection() { ::close(m_fd); }
+    RawConnection(const RawConnection &) = delete;
+    RawConnection &operator=(const RawConnection &) = delete;
+
+    bool connected() const { return m_connected; }
+    bool send(const std::string &bytes)
+    {
+        return ::send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+    }
+
+    // Reads until the peer closes; `closed` is false when the read timed out instead.
+    std::string readToEnd(bool &closed)
+    {
+        std::string received;
+        char buffer[4096];
+        for (;;) {
+            ssize_t n = ::recv(m_fd, buffer, sizeof(buffer), 0);
+            if (n > 0) {
+                received.append(buffer, static_cast<size_t>(n));
+                continue;
+            }
+            closed = n == 0;
+            return received;
+        }
+    }
+
+private:
+    int m_fd = -1;
+    bool m_connected = false;
+};
+
+} // namespace kovena::sandbox::test

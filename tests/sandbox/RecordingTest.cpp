@@ -1,0 +1,167 @@
+#include "RawConnection.h"
+#include "SandboxClient.h"
+
+#include <cstdio>
+#include <fstream>
+#include <thread>
+
+namespace kovena::sandbox::test {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+
+class RecordingTest : public SandboxTest
+{
+};
+
+TEST_F(RecordingTest, HeadersKeepArrivalOrderSpellingAndDuplicates)
+{
+    RawConnection connection(sandbox.port());
+    ASSERT_TRUE(connection.connected());
+    const std::string body = R"({"kovenaRefNumber":"42"})";
+    ASSERT_TRUE(connection.send("POST /KoVena/v1/sdk/txn/1/false/2 HTTP/1.1\r\n"
+                                "Host: 127.0.0.1\r\n"
+                                "x-Zeta: last-alphabetically\r\n"
+                                "AUTHORIZATION:   Bearer abc  \r\n"
+                                "X-Dup: one\r\n"
+                                "Content-Type: application/json;charset=UTF-8\r\n"
+                                "x-dup: two\r\n"
+                                "Content-Length: "
+        + std::to_string(body.size())
+        + "\r\n"
+          "Connection: close\r\n\r\n"
+        + body));
+    bool closed = false;
+    std::string reply = connection.readToEnd(closed);
+    EXPECT_NE(reply.find("200TRANSRESPSUCC"), std::string::npos);
+
+    ASSERT_EQ(sandbox.requests().size(), 1u);
+    const RecordedRequest request = sandbox.requests().front();
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.path, "/KoVena/v1/sdk/txn/1/false/2");
+    EXPECT_EQ(request.body, body);
+    const std::vector<std::pair<std::string, std::string>> expected = {
+        { "Host", "127.0.0.1" },
+        { "x-Zeta", "last-alphabetically" },
+        { "AUTHORIZATION", "Bearer abc" },
+        { "X-Dup", "one" },
+        { "Content-Type", "application/json;charset=UTF-8" },
+        { "x-dup", "two" },
+        { "Content-Length", std::to_string(body.size()) },
+        { "Connection", "close" },
+    };
+    EXPECT_EQ(request.headers, expected);
+    EXPECT_EQ(request.header("Authorization"), "Bearer abc");
+    EXPECT_EQ(request.header("content-type"), "application/json;charset=UTF-8");
+    EXPECT_EQ(request.header("X-DUP"), "one");
+    EXPECT_EQ(request.headerCount("x-dup"), 2);
+    EXPECT_EQ(request.headerCount("authorization"), 1);
+    EXPECT_EQ(request.header("Accept"), "");
+    EXPECT_EQ(request.headerCount("Accept"), 0);
+}
+
+TEST_F(RecordingTest, EveryRequestIsRecordedOnAKeptAliveConnection)
+{
+    httplib::Client client("127.0.0.1", sandbox.port());
+    client.set_keep_alive(true);
+    httplib::Headers auth = { { "Authorization", "Bearer t" } };
+    ASSERT_TRUE(client.Post("/KoVena/v1/sdk/txn/1/false/2", auth, "{}", "application/json"));
+    ASSERT_TRUE(client.Get("/KoVena/bank/page?x=1"));
+    ASSERT_TRUE(client.Post("/favicon", "not json", "text/plain"));
+    ASSERT_TRUE(client.Post("/KoVena/v1/sdk/payForService", "{\"serviceType\":\"0\"}", "application/json"));
+
+    auto requests = sandbox.requests();
+    ASSERT_EQ(requests.size(), 4u);
+    EXPECT_EQ(requests[0].header("Authorization"), "Bearer t");
+    EXPECT_EQ(requests[1].method, "GET");
+    EXPECT_EQ(requests[1].path, "/KoVena/bank/page");
+    EXPECT_EQ(requests[2].path, "/favicon");
+    EXPECT_EQ(requests[2].body, "not json");
+    EXPECT_EQ(requests[3].header("Authorization"), "");
+    EXPECT_EQ(requests[3].body, "{\"serviceType\":\"0\"}");
+
+    sandbox.clearRequests();
+    EXPECT_TRUE(sandbox.requests().empty());
+}
+
+TEST_F(RecordingTest, WaitForRequestsTimesOutOrSeesThemArrive)
+{
+    EXPECT_FALSE(sandbox.waitForRequests(1, 20ms));
+    std::thread client([this] { post(kStatus, "{}"); });
+    EXPECT_TRUE(sandbox.waitForRequests(1, 10s));
+    client.join();
+}
+
+TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
+{
+    std::string path = ::testing::TempDir() + "sandbox-record-" + std::to_string(::getpid()) + ".jsonl";
+    std::remove(path.c_str());
+    sandbox.setRecordFile(path);
+
+    const json card = { { "serviceType", "28" }, { "cvv", "123" },
+        { "bankAccount", { { "cardNumber", "4111111111111111" }, { "cardName", "A B" } } } };
+    post(kPay, card.dump());
+    post(kStatus, "not json at all");
+    post(kStatus, "{\"kovenaRefNumber\":\"42\"}", "Bearer x");
+    sandbox.setRecordFile("");
+    post(kStatus, "after the file was closed");
+
+    std::ifstream file(path);
+    std::vector<json> lines;
+    for (std::string line; std::getline(file, line);) {
+        json parsed = json::parse(line, nullptr, false);
+        ASSERT_FALSE(parsed.is_discarded()) << line;
+        lines.push_back(parsed);
+    }
+    std::remove(path.c_str());
+    ASSERT_EQ(lines.size(), 3u);
+    for (const json &line : lines) {
+        EXPECT_EQ(line["method"], "POST");
+        EXPECT_TRUE(line["headers"].is_array());
+        EXPECT_TRUE(line["time"].is_string());
+    }
+    EXPECT_EQ(lines[0]["path"], "/KoVena/v1/sdk/payForService");
+    json maskedBody = json::parse(lines[0]["body"].get<std::string>());
+    EXPECT_EQ(maskedBody["cvv"], "***");
+    EXPECT_EQ(maskedBody["bankAccount"]["cardNumber"], "************1111");
+    EXPECT_EQ(maskedBody["bankAccount"]["cardName"], "A B");
+    EXPECT_EQ(lines[0]["body"].get<std::string>().find("4111111111111111"), std::string::npos);
+    EXPECT_EQ(lines[1]["body"], "not json at all");
+    const auto recordedHeaders = sandbox.requests()[2].headers;
+    ASSERT_EQ(lines[2]["headers"].size(), recordedHeaders.size());
+    for (size_t i = 0; i < recordedHeaders.size(); ++i)
+        EXPECT_EQ(
+            lines[2]["headers"][i], json::array({ recordedHeaders[i].first, recordedHeaders[i].second }));
+    EXPECT_EQ(sandbox.requests()[2].header("Authorization"), "Bearer x");
+
+    // Tests still see exactly what was sent.
+    EXPECT_EQ(sandbox.requests().front().body, card.dump());
+}
+
+TEST(SandboxLifecycle, StartsStopsAndRestarts)
+{
+    Sandbox sandbox;
+    EXPECT_EQ(sandbox.port(), 0);
+    int port = sandbox.start();
+    ASSERT_GT(port, 0);
+    EXPECT_EQ(sandbox.start(), port);
+    EXPECT_EQ(sandbox.baseUrl(), "http://127.0.0.1:" + std::to_string(port) + "/KoVena/");
+
+    Sandbox rival;
+    EXPECT_EQ(rival.start(port), 0);
+
+    sandbox.stop();
+    EXPECT_EQ(sandbox.port(), 0);
+    EXPECT_FALSE(
+        httplib::Client("127.0.0.1", port).Post("/KoVena/v1/sdk/txn/1/false/2", "{}", "application/json"));
+
+    ASSERT_GT(sandbox.start(), 0);
+    httplib::Client client("127.0.0.1", sandbox.port());
+    EXPECT_TRUE(client.Post("/KoVena/v1/sdk/txn/1/false/2", "{}", "application/json"));
+    sandbox.stop();
+    sandbox.stop();
+}
+
+} // namespace
+} // namespace kovena::sandbox::test

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "sandbox/Sandbox.h"
+
+#include <httplib.h>
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+namespace kovena::sandbox::test {
+
+// A started sandbox and a plain HTTP client that speaks to it as the library would.
+class SandboxTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_GT(sandbox.start(), 0); }
+
+    httplib::Result post(const std::string &endpoint, const std::string &body,
+        const std::string &authorization = "Bearer test-token")
+    {
+        httplib::Client client("127.0.0.1", sandbox.port());
+        client.set_read_timeout(10, 0);
+        httplib::Headers headers;
+        if (!authorization.empty())
+            headers.emplace("Authorization", authorization);
+        return client.Post(("/KoVena/" + endpoint).c_str(), headers, body, "application/json;charset=UTF-8");
+    }
+
+    // The reply of a request that must succeed at the transport level, as JSON.
+    nlohmann::json call(const std::string &endpoint, const nlohmann::json &body,
+        const std::string &authorization = "Bearer test-token")
+    {
+        auto result = post(endpoint, body.dump(), authorization);
+        EXPECT_TRUE(result) << httplib::to_string(result.error());
+        if (!result)
+            return nullptr;
+        EXPECT_EQ(result->status, 200);
+        return nlohmann::json::parse(result->body, nullptr, false);
+    }
+
+    nlohmann::json status(const std::string &id, const std::string &reference)
+    {
+        return call(
+            kStatus, { { "kovenaRefNumber", id }, { "transactionRefNumber", reference }, { "txnOtp", "" } });
+    }
+
+    nlohmann::json registerUpi(const std::string &reference, const std::string &amount = "10.50")
+    {
+        return call(kPay,
+            { { "requestedAmount", amount }, { "merchantTransactionRefNumber", reference },
+                { "serviceType", "0" }, { "collectorId", "COL-7" }, { "retry", false },
+                { "requestId", "REQ-1" }, { "customerMobNum", "9999999999" },
+                { "customerEmail", "a@b.in" } });
+    }
+
+    nlohmann::json sendCollect(const std::string &id, const std::string &vpa)
+    {
+        return call(kCollect,
+            { { "virtualAddress", vpa }, { "requestedAmount", "10.50" }, { "kovenaRefNumber", id },
+                { "collectorId", "COL-7" }, { "customerMobNum", "9999999999" },
+                { "customerEmail", "a@b.in" } });
+    }
+
+    static constexpr const char *kStatus = "v1/sdk/txn/1/false/2";
+    static constexpr const char *kPay = "v1/sdk/payForService";
+    static constexpr const char *kCollect = "v1/sdk/sendCollectOrSMS";
+
+    Sandbox sandbox;
+};
+
+} // namespace kovena::sandbox::test
