@@ -2,6 +2,8 @@
 
 #include "ui_PopUpViewController.h"
 
+#include <QMouseEvent>
+
 using namespace Qt::StringLiterals;
 
 namespace kovena {
@@ -20,6 +22,13 @@ void PopUpViewController::viewDidLoad()
     ViewController::viewDidLoad();
     ui->popUpText->setText(
         u"Click on the notification received on your UPI based Bank App & enter your bank MPIN"_s);
+}
+
+void PopUpViewController::mouseReleaseEvent(QMouseEvent *event)
+{
+    ViewController::mouseReleaseEvent(event);
+    if (event->button() == Qt::LeftButton)
+        dismiss(true);
 }
 
 } // namespace kovena

@@ -21,6 +21,11 @@ public:
 
     void viewDidLoad() override;
 
+protected:
+    // A tap anywhere closes the instruction; the payment screen under it (and its Cancel)
+    // stays usable while the status is polled.
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
 private:
     std::unique_ptr<Ui::PopUpViewController> ui;
 };

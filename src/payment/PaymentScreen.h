@@ -32,7 +32,7 @@ public:
     // Asks "Are you sure want to cancel transaction?"; "Proceed" reports -1.
     void cancelTxn();
     // Reports an outcome the library decided itself (status -1, ...), then dismisses.
-    void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status);
+    virtual void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status);
     // Reports the backend's record to the merchant; does not dismiss.
     void finish(std::shared_ptr<TransactionStatus> trnasactionStatus);
 };

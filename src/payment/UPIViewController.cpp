@@ -140,9 +140,19 @@ void UPIViewController::upiCallback2(std::shared_ptr<UPIResponse> upiResponse)
     });
 }
 
+void UPIViewController::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
+{
+    m_collectInProgress = false;
+    abandonPolling();
+    loadering(false);
+    PaymentScreen::btnBack(std::move(trnasactionStatus), status);
+}
+
 void UPIViewController::collectRegistered(
     const QString &kovenaTransactionId, const QString &transactionRefNum)
 {
+    if (pollingState() == State::Abandoned)
+        return;
     loadering(false);
     if (kovenaTransactionId.isEmpty() || transactionRefNum.isEmpty()) {
         returnToForm(u"Error in payUPICollect"_s);
@@ -161,6 +171,8 @@ void UPIViewController::collectRegistered(
 
 void UPIViewController::collectSent(const std::shared_ptr<UPIResponse> &upiResponse)
 {
+    if (pollingState() == State::Abandoned)
+        return;
     loadering(false);
     if (!upiResponse || upiResponse->responseCode != Constants::PG::PG_SUCCESS()) {
         returnToForm(u"Error in payUPICollectByVPA"_s);

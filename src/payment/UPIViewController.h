@@ -64,6 +64,10 @@ public:
     void upiCallback1(const QString &kovenaTransactionId, const QString &transactionRefNum) override;
     void upiCallback2(std::shared_ptr<UPIResponse> upiResponse) override;
 
+    // Cancelling ends the payment here: the collect request or polling in flight is abandoned,
+    // so the merchant hears only the cancellation.
+    void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status) override;
+
     // True when `text` holds nothing but ASCII letters, digits, "@", "_" and ".".
     static bool isAllowedUpiIdText(const QString &text);
 

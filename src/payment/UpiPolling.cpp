@@ -59,6 +59,13 @@ void UpiPolling::stopPolling()
         mDispatchWorkItemCallback3->cancel();
 }
 
+void UpiPolling::abandonPolling()
+{
+    m_state = State::Abandoned;
+    stopPolling();
+    cancelTask();
+}
+
 void UpiPolling::judgeAnswer(const std::shared_ptr<TransactionStatus> &trnasactionStatus)
 {
     // An answer after the outcome was reported (or after polling gave up) changes nothing: the

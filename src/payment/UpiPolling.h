@@ -27,7 +27,7 @@ public:
     static constexpr std::chrono::milliseconds kFirstEnquiryDelay { 10000 };
     static constexpr std::chrono::milliseconds kNextEnquiryDelay { 3000 };
 
-    enum class State { Idle, Polling, Reported, NetworkLost };
+    enum class State { Idle, Polling, Reported, NetworkLost, Abandoned };
 
     UpiPolling();
     ~UpiPolling() override;
@@ -52,6 +52,9 @@ public:
     // Main thread. Cancels both pending steps; an enquiry already handed to the main queue still
     // goes out, and polling ends at the next answer.
     void stopPolling();
+    // Main thread. The checkout ended another way (the customer cancelled): the request in
+    // flight is cancelled, nothing more is sent and no answer is reported.
+    void abandonPolling();
 
     State pollingState() const { return m_state; }
 

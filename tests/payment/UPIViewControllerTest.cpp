@@ -527,6 +527,54 @@ TEST_F(UpiScreenTest, CancelAsksFirstAndReportsCancelledOnProceed)
     EXPECT_TRUE(g_sandbox->requests().empty());
 }
 
+struct CancelRow
+{
+    const char *name;
+    bool whilePolling; // else while the registration is in flight
+};
+
+class UpiCancelInFlightTest : public UpiScreenTest, public ::testing::WithParamInterface<CancelRow>
+{
+};
+
+TEST_P(UpiCancelInFlightTest, CancellingEndsThePaymentWithOneReport)
+{
+    if (GetParam().whilePolling) {
+        acceptCollect(QStringLiteral("success@kovena"));
+        // The approval notice covers the screen until the customer taps it away.
+        QWidget *popup = screen->presentedViewController();
+        ASSERT_TRUE(popup);
+        QTest::mouseClick(popup, Qt::LeftButton);
+        clock.runDue();
+        ASSERT_FALSE(screen->presentedViewController());
+    } else {
+        proceed(QStringLiteral("success@kovena"));
+        ASSERT_TRUE(screen->task);
+    }
+
+    QTest::mouseClick(nav->rightButton(), Qt::LeftButton);
+    auto *alert = qobject_cast<AlertController *>(screen->presentedViewController());
+    ASSERT_TRUE(alert);
+    ASSERT_TRUE(alert->trigger(QStringLiteral("Proceed")));
+    clock.runDue();
+    // A registration in flight answers with its cancellation, and nothing follows it.
+    if (!GetParam().whilePolling) {
+        ASSERT_TRUE(waitUntil([&] { return counting.fromOtherThreads() >= 1; }));
+    }
+    clock.runDue();
+    clock.advance(120000ms);
+
+    ASSERT_EQ(merchant->reports.size(), 1u);
+    EXPECT_EQ(merchant->reports[0]->data->paymentStatus, -1);
+    EXPECT_TRUE(requestsTo(kStatusPath).empty());
+    EXPECT_TRUE(toasts().isEmpty());
+    EXPECT_EQ(clock.pendingCount(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Moments, UpiCancelInFlightTest,
+    ::testing::Values(CancelRow { "during_registration", false }, CancelRow { "while_polling", true }),
+    [](const auto &info) { return std::string(info.param.name); });
+
 using UpiScreenDeathTest = UpiScreenTest;
 
 TEST_F(UpiScreenDeathTest, ACollectRequestWithoutCollectorIdIsFatal)
