@@ -1,0 +1,140 @@
+#include "api/SessionDataTask.h"
+
+#include "api/OneShotBody.h"
+#include "api/UrlSession.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+
+namespace kovena {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Errors by which Qt reports an HTTP status it received. The exchange itself worked, so the
+// reply body, not the status, decides what it means.
+bool isHttpStatusError(QNetworkReply::NetworkError error)
+{
+    switch (error) {
+    case QNetworkReply::ContentAccessDenied:
+    case QNetworkReply::ContentOperationNotPermittedError:
+    case QNetworkReply::ContentNotFoundError:
+    case QNetworkReply::AuthenticationRequiredError:
+    case QNetworkReply::ContentConflictError:
+    case QNetworkReply::ContentGoneError:
+    case QNetworkReply::UnknownContentError:
+    case QNetworkReply::ProtocolInvalidOperationError:
+    case QNetworkReply::InternalServerError:
+    case QNetworkReply::OperationNotImplementedError:
+    case QNetworkReply::ServiceUnavailableError:
+    case QNetworkReply::UnknownServerError:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QString sessionClosedError()
+{
+    return u"the network session has been shut down"_s;
+}
+
+} // namespace
+
+SessionDataTask::SessionDataTask(std::shared_ptr<UrlSession> session, QNetworkRequest request,
+    std::optional<QByteArray> body, Completion completion)
+    : m_session(std::move(session))
+    , m_request(std::move(request))
+    , m_body(std::move(body))
+    , m_completion(std::move(completion))
+{ }
+
+SessionDataTask::~SessionDataTask() = default;
+
+QString SessionDataTask::cancelledError()
+{
+    return u"cancelled"_s;
+}
+
+void SessionDataTask::resume()
+{
+    if (m_resumed.exchange(true))
+        return;
+    auto self = shared_from_this();
+    if (!m_session->post([self] { self->startOnSessionThread(); }))
+        complete({ std::nullopt, sessionClosedError() });
+}
+
+void SessionDataTask::cancel()
+{
+    if (m_finished.load() || m_cancelRequested.exchange(true))
+        return;
+    auto self = shared_from_this();
+    if (!m_session->post([self] { self->cancelOnSessionThread(); }))
+        complete({ std::nullopt, cancelledError() });
+}
+
+void SessionDataTask::startOnSessionThread()
+{
+    // Cancelled before it could start: it already completed.
+    if (m_finished.load() || m_reply)
+        return;
+    auto *body = new OneShotBody(m_body.value_or(QByteArray()));
+    m_body.reset();
+    // The length goes out as Qt would send it for any body; with it Qt streams the body as is
+    // instead of copying it into a buffer that it could replay.
+    QNetworkRequest request = m_request;
+    request.setHeader(QNetworkRequest::ContentLengthHeader, body->length());
+    request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    m_reply = m_session->manager()->post(request, body);
+    body->setParent(m_reply);
+    m_session->taskStarted(shared_from_this());
+    QObject::connect(
+        m_reply, &QNetworkReply::finished, m_reply, [self = shared_from_this()] { self->onReplyFinished(); });
+}
+
+void SessionDataTask::cancelOnSessionThread()
+{
+    if (m_finished.load())
+        return;
+    if (m_reply && m_reply->isRunning())
+        m_reply->abort(); // emits finished(), which completes the task
+    else if (!m_reply)
+        complete({ std::nullopt, cancelledError() });
+}
+
+void SessionDataTask::onReplyFinished()
+{
+    QNetworkReply *reply = m_reply;
+    const QNetworkReply::NetworkError error = reply->error();
+    const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+
+    DataTaskResult result;
+    if (m_cancelRequested.load() && error == QNetworkReply::OperationCanceledError) {
+        result.error = cancelledError();
+    } else if (error != QNetworkReply::NoError && !(answered && isHttpStatusError(error))) {
+        result.error = reply->errorString();
+    } else {
+        QByteArray body = reply->readAll();
+        if (!body.isEmpty())
+            result.body = std::move(body);
+    }
+
+    m_session->taskFinished(shared_from_this());
+    reply->deleteLater();
+    complete(std::move(result));
+}
+
+void SessionDataTask::complete(DataTaskResult result)
+{
+    if (m_finished.exchange(true))
+        return;
+    Completion completion = std::move(m_completion);
+    m_completion = nullptr;
+    if (completion)
+        completion(std::move(result));
+    // `completion` goes out of scope here, releasing whatever it held (the caller's callback).
+}
+
+} // namespace kovena

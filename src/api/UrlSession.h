@@ -1,0 +1,68 @@
+#pragma once
+
+#include "api/DataTask.h"
+
+#include <QMutex>
+#include <QNetworkRequest>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QNetworkAccessManager;
+class QObject;
+class QThread;
+
+namespace kovena {
+
+class SessionDataTask;
+
+// The process's one HTTP session: a thread of its own that owns the network access manager.
+// Tasks are made on any thread and run on the session thread, where their completions are
+// called. The session starts on first use and stops when the application object goes away;
+// tasks still running then complete with an error.
+class UrlSession : public std::enable_shared_from_this<UrlSession>
+{
+public:
+    using Completion = std::function<void(DataTaskResult)>;
+
+    // The running session, started if there is none.
+    static std::shared_ptr<UrlSession> shared();
+    // Closes the running session, if any (see close()). The application object's destructor
+    // calls it; the next request starts a new session.
+    static void shutdownShared();
+    // True on the thread that runs the session's tasks and completions.
+    static bool isSessionThread();
+    // A request for `url` with the session's defaults: 60 s without progress ends it, redirects
+    // only within the same origin (so the credentials never reach another host), and no
+    // cookies kept or sent.
+    static QNetworkRequest makeRequest(const QUrl &url);
+
+    ~UrlSession();
+    UrlSession(const UrlSession &) = delete;
+    UrlSession &operator=(const UrlSession &) = delete;
+
+    // A POST of `body` (none: an empty one). Nothing is sent before resume().
+    std::shared_ptr<SessionDataTask> dataTask(
+        const QNetworkRequest &request, std::optional<QByteArray> body, Completion completion);
+
+    // Completes every unfinished task with an error and stops the thread. Later tasks of this
+    // session complete at once with an error; shared() then starts a new session.
+    void close();
+
+private:
+    friend class SessionDataTask;
+    struct Private;
+
+    UrlSession();
+    void start();
+    // Runs `block` on the session thread; false (and nothing runs) once the session is closed.
+    bool post(std::function<void()> block);
+    QNetworkAccessManager *manager() const; // session thread only
+    void taskStarted(const std::shared_ptr<SessionDataTask> &task); // session thread only
+    void taskFinished(const std::shared_ptr<SessionDataTask> &task); // session thread only
+
+    std::unique_ptr<Private> d;
+};
+
+} // namespace kovena

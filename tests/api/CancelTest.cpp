@@ -1,0 +1,97 @@
+// Cancelling a task and shutting the session down: the callback still comes, once.
+#include "ApiTestSupport.h"
+
+#include "api/SessionDataTask.h"
+#include "api/UrlSession.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+using namespace kovena;
+using namespace kovena::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+const char *kStatus = "v1/sdk/txn/1/false/2";
+const char *kSuccess = R"({"responseCode":"200TRANSRESPSUCC"})";
+
+// A status enquiry whose reply would succeed, after a long while.
+DataTaskPtr slowStatus(const std::shared_ptr<Recorder> &recorder)
+{
+    backend().enqueueReply(kStatus, { 200, kSuccess, false, 5000ms });
+    return ApiManager::getTransactionStatus(recorder, "1", "2");
+}
+
+enum class When { BeforeTheServerSeesIt, WhileTheServerAnswers, FromAnotherThread, AtShutdown };
+
+class CancelTest : public ::testing::TestWithParam<When>
+{
+};
+
+TEST_P(CancelTest, GivesTheFailureValueOnce)
+{
+    resetBackendAndDefaults();
+    auto recorder = std::make_shared<Recorder>();
+    DataTaskPtr task = slowStatus(recorder);
+    if (GetParam() != When::BeforeTheServerSeesIt) {
+        ASSERT_TRUE(backend().waitForRequests(1, 10s));
+    }
+    switch (GetParam()) {
+    case When::BeforeTheServerSeesIt:
+    case When::WhileTheServerAnswers:
+        task->cancel();
+        break;
+    case When::FromAnotherThread:
+        std::thread([task] { task->cancel(); }).join();
+        break;
+    case When::AtShutdown:
+        UrlSession::shutdownShared(); // the next request starts a new session
+        break;
+    }
+    ASSERT_TRUE(recorder->waitForCallback());
+    task->cancel(); // a cancel after the end changes nothing
+    flushSessionThread();
+
+    const auto calls = recorder->calls();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].kind, "status");
+    EXPECT_FALSE(calls[0].status);
+    EXPECT_TRUE(calls[0].onSessionThread);
+    EXPECT_TRUE(task->isFinished());
+
+    if (GetParam() == When::AtShutdown) {
+        backend().clearScriptedReplies();
+        const auto next = exchange(
+            kStatus, { 200, kSuccess }, [](auto cb) { ApiManager::getTransactionStatus(cb, "1", "2"); });
+        EXPECT_TRUE(next.status) << "a new session took over";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllMoments, CancelTest,
+    ::testing::Values(
+        When::BeforeTheServerSeesIt, When::WhileTheServerAnswers, When::FromAnotherThread, When::AtShutdown));
+
+TEST(SessionTask, CancelledBeforeResumeNeverReachesTheServer)
+{
+    resetBackendAndDefaults();
+    std::atomic<int> completions { 0 };
+    std::optional<QString> error;
+    const QUrl url(QString::fromStdString(backend().baseUrl() + kStatus));
+    auto task = UrlSession::shared()->dataTask(
+        UrlSession::makeRequest(url), QByteArray("{}"), [&](DataTaskResult result) {
+            error = result.error;
+            ++completions;
+        });
+    task->cancel();
+    task->resume();
+    ASSERT_TRUE(waitUntil([&] { return completions.load() > 0; }));
+    exchange(kStatus, { 200, kSuccess }, [](auto cb) { ApiManager::getTransactionStatus(cb, "1", "2"); });
+    EXPECT_EQ(completions.load(), 1);
+    EXPECT_EQ(error, SessionDataTask::cancelledError());
+    EXPECT_EQ(backend().requests().size(), 1u) << "only the later request went out";
+}
+
+} // namespace
