@@ -1,0 +1,87 @@
+// Reading and writing the reply records: a full status reply (every field of TransactionStatus and its
+// 27 data fields) and the UPI collect reply, from bytes to record and back.
+#include "RecordFixtures.h"
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+using namespace kovena;
+
+namespace {
+
+template<class Read> void parseText(benchmark::State &state, const JsonValue &reply, Read read)
+{
+    const std::string text = reply.dump();
+    for (auto _ : state) {
+        const JsonValue value = JsonValue::parse(text);
+        benchmark::DoNotOptimize(read(value));
+    }
+    state.SetBytesProcessed(std::int64_t(state.iterations()) * std::int64_t(text.size()));
+}
+
+template<class Read> void mapValue(benchmark::State &state, const JsonValue &reply, Read read)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(read(reply));
+}
+
+template<class Record> void writeText(benchmark::State &state, const Record &record)
+{
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        const std::string text = record.dictionaryRepresentation().dump();
+        bytes += text.size();
+        benchmark::DoNotOptimize(text.data());
+    }
+    state.SetBytesProcessed(std::int64_t(bytes));
+}
+
+auto readStatus = [](const JsonValue &v) { return TransactionStatus::fromDictionary(&v); };
+auto readUpiResponse = [](const JsonValue &v) { return UPIResponse::fromDictionary(&v); };
+auto readUpiData = [](const JsonValue &v) { return UPIResponse::Data::fromDictionary(v); };
+
+void BM_StatusReply_ParseText(benchmark::State &state)
+{
+    parseText(state, fixtures::fullStatusReply(), readStatus);
+}
+
+void BM_StatusReply_MapParsedValue(benchmark::State &state)
+{
+    mapValue(state, fixtures::fullStatusReply(), readStatus);
+}
+
+void BM_StatusReply_WriteText(benchmark::State &state)
+{
+    writeText(state, *fixtures::builtStatus());
+}
+
+void BM_UpiResponse_ParseText(benchmark::State &state)
+{
+    parseText(state, fixtures::fullUpiResponseReply(), readUpiResponse);
+}
+
+void BM_UpiResponse_WriteText(benchmark::State &state)
+{
+    writeText(state, *fixtures::builtUpiResponse());
+}
+
+void BM_UpiResponseData_ParseText(benchmark::State &state)
+{
+    parseText(state, fixtures::fullUpiResponseData(), readUpiData);
+}
+
+void BM_UpiResponseData_WriteText(benchmark::State &state)
+{
+    writeText(state, *fixtures::builtUpiResponseData());
+}
+
+} // namespace
+
+BENCHMARK(BM_StatusReply_ParseText);
+BENCHMARK(BM_StatusReply_MapParsedValue);
+BENCHMARK(BM_StatusReply_WriteText);
+BENCHMARK(BM_UpiResponse_ParseText);
+BENCHMARK(BM_UpiResponse_WriteText);
+BENCHMARK(BM_UpiResponseData_ParseText);
+BENCHMARK(BM_UpiResponseData_WriteText);
