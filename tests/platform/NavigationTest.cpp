@@ -14,20 +14,9 @@
 namespace kovena {
 namespace {
 
+using test::flushDeletes;
+using test::list;
 using test::RecordingScreen;
-
-QStringList list(std::initializer_list<const char *> items)
-{
-    QStringList out;
-    for (const char *i : items)
-        out << QString::fromLatin1(i);
-    return out;
-}
-
-void flushDeletes()
-{
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
 
 class NavigationTest : public ::testing::Test
 {
@@ -39,6 +28,8 @@ protected:
         return new RecordingScreen(QString::fromLatin1(name), &journal);
     }
 
+    ManualScheduler clock;
+    ScopedScheduler installed { clock };
     QStringList journal;
     NavigationController nav;
 };
@@ -171,13 +162,8 @@ TEST_F(NavigationTest, NavigationBarFollowsTheTopScreen)
     EXPECT_FALSE(nav.rightButton()->isVisible());
 }
 
-class RootTest : public ::testing::Test
-{
-protected:
-    ManualScheduler clock;
-    ScopedScheduler installed { clock };
-    QStringList journal;
-};
+// Installing a root waits for the main queue, which these tests run by hand.
+using RootTest = NavigationTest;
 
 TEST_F(RootTest, MainWindowKeepsTheMerchantWidgetAndLoadsTheRootOnTheNextTurn)
 {
@@ -187,7 +173,7 @@ TEST_F(RootTest, MainWindowKeepsTheMerchantWidgetAndLoadsTheRootOnTheNextTurn)
     window.show();
 
     auto *nav = new NavigationController;
-    auto *initial = new RecordingScreen(QStringLiteral("initial"), &journal);
+    auto *initial = screen("initial");
     nav->setViewControllers({ initial });
     setRootViewController(merchant, nav);
 
@@ -205,7 +191,7 @@ TEST_F(RootTest, MainWindowKeepsTheMerchantWidgetAndLoadsTheRootOnTheNextTurn)
     // A second install releases the first root, which disappears first.
     QPointer<NavigationController> first = nav;
     auto *nav2 = new NavigationController;
-    nav2->setViewControllers({ new RecordingScreen(QStringLiteral("again"), &journal) });
+    nav2->setViewControllers({ screen("again") });
     journal.clear();
     setRootViewController(merchant, nav2);
     EXPECT_EQ(journal, list({ "initial.willDisappear", "initial.didDisappear" }));
@@ -223,10 +209,10 @@ TEST_F(RootTest, PlainWindowCoversTheMerchantAndAReplacedRootNeverLoads)
     QPointer<QWidget> merchant = new QPushButton(QStringLiteral("Pay"), &window);
     window.show();
 
-    auto *stale = new RecordingScreen(QStringLiteral("stale"), &journal);
+    auto *stale = screen("stale");
     QPointer<ViewController> staleGuard = stale;
     setRootViewController(merchant, stale);
-    auto *fresh = new RecordingScreen(QStringLiteral("fresh"), &journal);
+    auto *fresh = screen("fresh");
     setRootViewController(&window, fresh);
 
     clock.runDue();

@@ -13,12 +13,9 @@
 namespace kovena {
 namespace {
 
+using test::flushDeletes;
+using test::list;
 using test::RecordingScreen;
-
-void flushDeletes()
-{
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
 
 // A window whose root is a navigation stack with one loaded screen on top.
 class PresentationTest : public ::testing::Test
@@ -49,9 +46,7 @@ TEST_F(PresentationTest, PresentedScreenCoversTheWindowAndDismissReleasesIt)
     auto *popup = new RecordingScreen(QStringLiteral("popup"), &journal);
     QPointer<ViewController> guard = popup;
     home->present(popup, true);
-    EXPECT_EQ(journal,
-        (QStringList { QStringLiteral("popup.load"), QStringLiteral("popup.willAppear"),
-            QStringLiteral("popup.didAppear") }))
+    EXPECT_EQ(journal, list({ "popup.load", "popup.willAppear", "popup.didAppear" }))
         << "the presenting screen keeps running underneath";
     EXPECT_EQ(home->presentedViewController(), popup);
     EXPECT_EQ(popup->presentingViewController(), home);
@@ -61,46 +56,31 @@ TEST_F(PresentationTest, PresentedScreenCoversTheWindowAndDismissReleasesIt)
 
     journal.clear();
     home->dismiss(true);
-    EXPECT_EQ(journal,
-        (QStringList { QStringLiteral("popup.willDisappear"), QStringLiteral("popup.didDisappear") }));
+    EXPECT_EQ(journal, list({ "popup.willDisappear", "popup.didDisappear" }));
     EXPECT_EQ(home->presentedViewController(), nullptr);
     flushDeletes();
     EXPECT_TRUE(guard.isNull());
     EXPECT_TRUE(home->isVisible());
 }
 
-struct DismissCase
+TEST_F(PresentationTest, DismissOnlyEverRemovesAPresentation)
 {
-    const char *label;
-    bool presentFirst;
-    bool fromPresented; // the presented screen dismisses itself rather than its presenter
-};
-
-class DismissTest : public PresentationTest, public ::testing::WithParamInterface<DismissCase>
-{
-};
-
-TEST_P(DismissTest, DismissOnlyEverRemovesAPresentation)
-{
-    const DismissCase &c = GetParam();
-    QPointer<ViewController> popup = new RecordingScreen(QStringLiteral("popup"), &journal);
-    if (c.presentFirst)
-        home->present(popup, false);
-    (c.fromPresented ? popup.data() : static_cast<ViewController *>(home))->dismiss(true);
-    flushDeletes();
-    EXPECT_EQ(popup.isNull(), c.presentFirst);
-    EXPECT_TRUE(home->isVisible()) << "the screen that was not presented stays where it is";
-    EXPECT_EQ(nav->topViewController(), home);
-    EXPECT_EQ(rootViewController(&window), nav);
-    if (!c.presentFirst)
+    // Each case: whether a popup is presented first, and whether it (not its presenter) dismisses.
+    for (const auto &[presentFirst, fromPresented] :
+        { std::pair { true, false }, { true, true }, { false, false } }) {
+        SCOPED_TRACE(::testing::Message() << presentFirst << fromPresented);
+        QPointer<ViewController> popup = new RecordingScreen(QStringLiteral("popup"), &journal);
+        if (presentFirst)
+            home->present(popup, false);
+        (fromPresented ? popup.data() : static_cast<ViewController *>(home))->dismiss(true);
+        flushDeletes();
+        EXPECT_EQ(popup.isNull(), presentFirst);
+        EXPECT_TRUE(home->isVisible()) << "the screen that was not presented stays where it is";
+        EXPECT_EQ(nav->topViewController(), home);
+        EXPECT_EQ(rootViewController(&window), nav);
         delete popup;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, DismissTest,
-    ::testing::Values(DismissCase { "presenterDismisses", true, false },
-        DismissCase { "presentedDismissesItself", true, true },
-        DismissCase { "nothingPresented", false, false }),
-    [](const auto &info) { return std::string(info.param.label); });
 
 TEST_F(PresentationTest, ScreenInsideAPresentedStackDismissesTheWholeStack)
 {
@@ -138,7 +118,7 @@ TEST_F(PresentationTest, AlertButtonsRunTheirHandlerThenCloseTheAlert)
     ASSERT_NE(proceed, nullptr);
     EXPECT_EQ(proceed->text(), QStringLiteral("Proceed"));
     QTest::mouseClick(proceed, Qt::LeftButton);
-    EXPECT_EQ(ran, QStringList { QStringLiteral("yes") });
+    EXPECT_EQ(ran, list({ "yes" }));
     EXPECT_EQ(home->presentedViewController(), nullptr);
     flushDeletes();
     EXPECT_TRUE(alert.isNull());
@@ -147,7 +127,7 @@ TEST_F(PresentationTest, AlertButtonsRunTheirHandlerThenCloseTheAlert)
     EXPECT_FALSE(alert->trigger(QStringLiteral("Maybe")));
     EXPECT_EQ(home->presentedViewController(), alert.data());
     EXPECT_TRUE(alert->trigger(QStringLiteral("Cancel")));
-    EXPECT_EQ(ran, (QStringList { QStringLiteral("yes"), QStringLiteral("no") }));
+    EXPECT_EQ(ran, list({ "yes", "no" }));
     EXPECT_EQ(home->presentedViewController(), nullptr);
 }
 

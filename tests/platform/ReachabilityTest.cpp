@@ -9,51 +9,31 @@
 namespace kovena::reachability {
 namespace {
 
-struct ProbeCase
+TEST(Reachability, InstalledProbeAnswersForEveryThreadUntilRemoved)
 {
-    const char *label;
-    std::optional<std::uint32_t> answer;
-};
-
-class ReachabilityProbeTest : public ::testing::TestWithParam<ProbeCase>
-{
-protected:
-    void TearDown() override { setProbe({}); }
-};
-
-TEST_P(ReachabilityProbeTest, InstalledProbeAnswersForTheWholeProcess)
-{
-    const auto answer = GetParam().answer;
-    std::atomic<int> calls { 0 };
-    setProbe([&] {
-        ++calls;
-        return answer;
-    });
-    EXPECT_EQ(zeroAddressFlags(), answer);
-
-    // Other threads see the same probe.
-    std::vector<std::thread> threads;
-    std::atomic<int> matching { 0 };
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            if (zeroAddressFlags() == answer)
-                ++matching;
+    const std::optional<std::uint32_t> answers[]
+        = { Reachable, Reachable | ConnectionRequired, 0u, std::nullopt };
+    for (const auto &answer : answers) {
+        SCOPED_TRACE(answer.value_or(0xDEAD));
+        std::atomic<int> calls { 0 };
+        std::atomic<int> matching { 0 };
+        setProbe([&] {
+            ++calls;
+            return answer;
         });
-    for (auto &t : threads)
-        t.join();
-    EXPECT_EQ(matching.load(), 4);
-    EXPECT_EQ(calls.load(), 5);
-}
+        EXPECT_EQ(zeroAddressFlags(), answer);
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i)
+            threads.emplace_back([&] {
+                if (zeroAddressFlags() == answer)
+                    ++matching;
+            });
+        for (auto &t : threads)
+            t.join();
+        EXPECT_EQ(matching.load(), 4);
+        EXPECT_EQ(calls.load(), 5);
+    }
 
-INSTANTIATE_TEST_SUITE_P(Answers, ReachabilityProbeTest,
-    ::testing::Values(ProbeCase { "reachable", Reachable },
-        ProbeCase { "needsConnection", Reachable | ConnectionRequired }, ProbeCase { "offline", 0u },
-        ProbeCase { "unreadable", std::nullopt }),
-    [](const auto &info) { return std::string(info.param.label); });
-
-TEST(Reachability, EmptyProbeRestoresTheSystemAnswer)
-{
-    setProbe([] { return std::optional<std::uint32_t>(ConnectionRequired); });
     setProbe({});
     const auto flags = zeroAddressFlags();
     ASSERT_TRUE(flags.has_value());

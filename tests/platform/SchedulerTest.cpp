@@ -3,8 +3,8 @@
 #include "platform/QtScheduler.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QMutex>
+#include <QTest>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -21,62 +21,41 @@ using kovena::ScopedScheduler;
 
 namespace {
 
-// Spins the event loop until `done` holds or five seconds pass; returns whether it held.
-template<typename Pred> bool waitFor(Pred done)
+TEST(ManualScheduler, RunsDueBlocksInDueThenPostingOrder)
 {
-    QDeadlineTimer deadline(5000);
-    while (!done() && !deadline.hasExpired()) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::yieldCurrentThread();
+    struct Case
+    {
+        const char *label;
+        std::vector<std::pair<char, int>> posts; // name, delay in ms
+        int advanceMs;
+        std::string expectedRun;
+        int expectedPending;
+    };
+    const Case cases[] = {
+        { "same due: FIFO", { { 'a', 5 }, { 'b', 5 }, { 'c', 5 } }, 5, "abc", 0 },
+        { "due order beats posting order", { { 'a', 30 }, { 'b', 10 }, { 'c', 20 } }, 30, "bca", 0 },
+        { "boundary is inclusive", { { 'a', 100 }, { 'b', 101 } }, 100, "a", 1 },
+        { "nothing due yet", { { 'a', 1 } }, 0, "", 1 },
+        { "negative delay is now", { { 'a', 0 }, { 'b', -50 } }, 0, "ab", 0 },
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.label);
+        ManualScheduler s;
+        std::string ran;
+        for (const auto &[name, delay] : c.posts)
+            s.post(QueueKind::Main, std::chrono::milliseconds(delay), [&ran, name] { ran += name; });
+        EXPECT_EQ(s.advance(std::chrono::milliseconds(c.advanceMs)), static_cast<int>(c.expectedRun.size()));
+        EXPECT_EQ(ran, c.expectedRun);
+        EXPECT_EQ(s.pendingCount(), c.expectedPending);
+        EXPECT_EQ(s.now(), std::chrono::milliseconds(c.advanceMs));
     }
-    return done();
 }
-
-struct Post
-{
-    std::string name;
-    int delayMs;
-};
-
-struct WindowCase
-{
-    const char *label;
-    std::vector<Post> posts;
-    int advanceMs;
-    std::string expectedRun;
-    int expectedPending;
-};
-
-class ManualWindowTest : public ::testing::TestWithParam<WindowCase>
-{
-};
-
-TEST_P(ManualWindowTest, RunsDueBlocksInDueThenPostingOrder)
-{
-    const WindowCase &c = GetParam();
-    ManualScheduler s;
-    std::string ran;
-    for (const Post &p : c.posts)
-        s.post(QueueKind::Main, std::chrono::milliseconds(p.delayMs), [&ran, name = p.name] { ran += name; });
-    const int count = s.advance(std::chrono::milliseconds(c.advanceMs));
-    EXPECT_EQ(ran, c.expectedRun);
-    EXPECT_EQ(count, static_cast<int>(c.expectedRun.size()));
-    EXPECT_EQ(s.pendingCount(), c.expectedPending);
-    EXPECT_EQ(s.now(), std::chrono::milliseconds(c.advanceMs));
-}
-
-INSTANTIATE_TEST_SUITE_P(Windows, ManualWindowTest,
-    ::testing::Values(WindowCase { "sameDueFifo", { { "a", 5 }, { "b", 5 }, { "c", 5 } }, 5, "abc", 0 },
-        WindowCase { "dueOrderBeatsPostingOrder", { { "a", 30 }, { "b", 10 }, { "c", 20 } }, 30, "bca", 0 },
-        WindowCase { "boundaryIsInclusive", { { "a", 100 }, { "b", 101 } }, 100, "a", 1 },
-        WindowCase { "nothingDueYet", { { "a", 1 } }, 0, "", 1 },
-        WindowCase { "negativeDelayIsNow", { { "a", 0 }, { "b", -50 } }, 0, "ab", 0 }),
-    [](const auto &info) { return std::string(info.param.label); });
 
 TEST(ManualScheduler, BlocksPostedDuringAdvanceRunWhenInsideTheWindow)
 {
     ManualScheduler s;
-    std::vector<std::pair<std::string, std::chrono::milliseconds>> log;
+    using Log = std::vector<std::pair<std::string, std::chrono::milliseconds>>;
+    Log log;
     s.post(QueueKind::Global, 1s, [&] {
         log.emplace_back("first", s.now());
         s.post(QueueKind::Main, 10s, [&] {
@@ -87,10 +66,7 @@ TEST(ManualScheduler, BlocksPostedDuringAdvanceRunWhenInsideTheWindow)
     });
 
     EXPECT_EQ(s.advance(11s), 3);
-    ASSERT_EQ(log.size(), 3u);
-    EXPECT_EQ(log[0], std::make_pair(std::string("first"), std::chrono::milliseconds(1s)));
-    EXPECT_EQ(log[1], std::make_pair(std::string("immediate"), std::chrono::milliseconds(1s)));
-    EXPECT_EQ(log[2], std::make_pair(std::string("second"), std::chrono::milliseconds(11s)));
+    EXPECT_EQ(log, (Log { { "first", 1s }, { "immediate", 1s }, { "second", 11s } }));
     EXPECT_EQ(s.nextDueIn(), 1s);
     EXPECT_EQ(s.advance(999ms), 0);
     EXPECT_EQ(s.runDue(), 0);
@@ -113,13 +89,17 @@ TEST(ManualScheduler, RunDueRunsOnlyWhatIsDueNowIncludingWhatItPostsForNow)
     EXPECT_EQ(s.now(), 0ms);
 }
 
-TEST(ManualScheduler, RecordsTheQueueOfEachPendingBlockInDueOrder)
+TEST(ManualScheduler, RecordsTheQueueOfEachPendingBlockInDueOrderWhileInstalled)
 {
     ManualScheduler s;
-    ScopedScheduler installed(s);
-    kovena::dispatch::main().asyncAfter(10s, [] {});
-    kovena::dispatch::global().asyncAfter(1s, [] {});
-    kovena::dispatch::main().async([] {});
+    {
+        ScopedScheduler installed(s);
+        EXPECT_EQ(&kovena::scheduler(), &s);
+        kovena::dispatch::main().asyncAfter(10s, [] {});
+        kovena::dispatch::global().asyncAfter(1s, [] {});
+        kovena::dispatch::main().async([] {});
+    }
+    EXPECT_EQ(&kovena::scheduler(), &kovena::QtScheduler::instance());
     EXPECT_EQ(
         s.pendingQueues(), (std::vector<QueueKind> { QueueKind::Main, QueueKind::Global, QueueKind::Main }));
 }
@@ -159,16 +139,6 @@ TEST(Dispatch, WorkItemCancelledBeforeItsTimeDoesNotRun)
     EXPECT_FALSE(kept->isCancelled());
 }
 
-TEST(Dispatch, ScopedSchedulerRestoresTheQtScheduler)
-{
-    ManualScheduler s;
-    {
-        ScopedScheduler installed(s);
-        EXPECT_EQ(&kovena::scheduler(), &s);
-    }
-    EXPECT_EQ(&kovena::scheduler(), &kovena::QtScheduler::instance());
-}
-
 TEST(QtScheduler, MainBlocksFromAnotherThreadRunOnTheGuiThreadInOrder)
 {
     QMutex mutex;
@@ -189,7 +159,7 @@ TEST(QtScheduler, MainBlocksFromAnotherThreadRunOnTheGuiThreadInOrder)
         });
     });
     poster.join();
-    ASSERT_TRUE(waitFor([&] {
+    ASSERT_TRUE(QTest::qWaitFor([&] {
         QMutexLocker lock(&mutex);
         return order.size() == 6;
     }));
@@ -211,7 +181,7 @@ TEST(QtScheduler, GlobalBlocksRunOffTheGuiThread)
         ++done;
     });
     kovena::dispatch::global().asyncAfter(20ms, item);
-    ASSERT_TRUE(waitFor([&] { return done.load() == 2; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return done.load() == 2; }));
     EXPECT_NE(immediateThread.load(), qApp->thread());
     EXPECT_EQ(immediateThread.load(), delayedThread.load());
 }

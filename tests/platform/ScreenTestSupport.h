@@ -4,7 +4,6 @@
 #include "platform/ViewController.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QStringList>
 
 #include <functional>
@@ -38,30 +37,29 @@ public:
             onWillAppear();
     }
     void viewDidAppear(bool) override { note(QStringLiteral("didAppear")); }
-    void viewWillDisappear(bool) override
-    {
-        note(
-            isMovingFromParent() ? QStringLiteral("willDisappear(moving)") : QStringLiteral("willDisappear"));
-    }
-    void viewDidDisappear(bool) override
-    {
-        note(isMovingFromParent() ? QStringLiteral("didDisappear(moving)") : QStringLiteral("didDisappear"));
-    }
+    void viewWillDisappear(bool) override { note(QStringLiteral("willDisappear") + moving()); }
+    void viewDidDisappear(bool) override { note(QStringLiteral("didDisappear") + moving()); }
 
 private:
     void note(const QString &call) { m_journal->append(m_name + QLatin1Char('.') + call); }
+    QString moving() const { return isMovingFromParent() ? QStringLiteral("(moving)") : QString(); }
 
     QString m_name;
     QStringList *m_journal;
 };
 
-// Spins the event loop until `done` holds or three seconds pass; returns whether it held.
-inline bool waitUntil(const std::function<bool()> &done)
+inline QStringList list(std::initializer_list<const char *> items)
 {
-    QDeadlineTimer deadline(3000);
-    while (!done() && !deadline.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return done();
+    QStringList out;
+    for (const char *i : items)
+        out << QString::fromLatin1(i);
+    return out;
+}
+
+// Releases the screens that were handed to deleteLater().
+inline void flushDeletes()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 } // namespace kovena::test

@@ -25,14 +25,17 @@ protected:
     QTemporaryDir m_dir;
 };
 
-TEST_F(UserDefaultsTest, KindsAreKeptApartAndSurviveAReopen)
+TEST_F(UserDefaultsTest, KindsAreKeptApartAndSurviveAReopenWithOverwritesAndRemovals)
 {
     {
         UserDefaults d(path());
         d.setString(QStringLiteral("accessToken"), QStringLiteral("true"));
-        d.setBool(QStringLiteral("retry"), false);
+        d.setString(QStringLiteral("retry"), QStringLiteral("yes"));
+        d.setBool(QStringLiteral("retry"), false); // overwriting changes the kind
         d.setNumber(QStringLiteral("count"), 1.0);
         d.setString(QStringLiteral("empty"), QString());
+        d.setString(QStringLiteral("gone"), QStringLiteral("x"));
+        d.remove(QStringLiteral("gone"));
     }
     UserDefaults d(path());
     struct Row
@@ -42,7 +45,7 @@ TEST_F(UserDefaultsTest, KindsAreKeptApartAndSurviveAReopen)
     };
     for (const Row &r : { Row { "accessToken", true, false, false }, Row { "retry", false, true, false },
              Row { "count", false, false, true }, Row { "empty", true, false, false },
-             Row { "absent", false, false, false } }) {
+             Row { "gone", false, false, false }, Row { "absent", false, false, false } }) {
         const QString key = QString::fromLatin1(r.key);
         SCOPED_TRACE(r.key);
         EXPECT_EQ(d.string(key).has_value(), r.isString);
@@ -54,20 +57,6 @@ TEST_F(UserDefaultsTest, KindsAreKeptApartAndSurviveAReopen)
     EXPECT_EQ(d.boolean(QStringLiteral("retry")), false);
     EXPECT_EQ(d.number(QStringLiteral("count")), 1.0);
     EXPECT_EQ(d.string(QStringLiteral("empty")), QString());
-}
-
-TEST_F(UserDefaultsTest, OverwritingChangesTheKindAndRemoveIsPersisted)
-{
-    UserDefaults a(path());
-    a.setString(QStringLiteral("retry"), QStringLiteral("yes"));
-    a.setBool(QStringLiteral("retry"), true);
-    a.setString(QStringLiteral("gone"), QStringLiteral("x"));
-    a.remove(QStringLiteral("gone"));
-
-    UserDefaults b(path());
-    EXPECT_FALSE(b.string(QStringLiteral("retry")).has_value());
-    EXPECT_EQ(b.boolean(QStringLiteral("retry")), true);
-    EXPECT_FALSE(b.contains(QStringLiteral("gone")));
 }
 
 TEST_F(UserDefaultsTest, DamagedOrForeignFileLoadsAsEmptyAndIsReplacedOnWrite)

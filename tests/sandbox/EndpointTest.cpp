@@ -44,25 +44,15 @@ TEST_F(EndpointTest, AuthorizationIsCheckedOnEveryEndpoint)
 
 TEST_F(EndpointTest, BodyMustBeAJsonObject)
 {
-    const std::pair<std::string, bool> rows[] = {
-        { "", false },
-        { "not json", false },
-        { "[1,2]", false },
-        { "\"text\"", false },
-        { "true", false },
-        { "{", false },
-        { "{}", true },
-        { "{\"a\":1}", true },
-    };
-    for (const auto &[body, accepted] : rows) {
-        SCOPED_TRACE(body);
+    for (const char *body : { "", "not json", "[1,2]", "\"text\"", "true", "{" }) {
         auto result = post(kStatus, body);
-        ASSERT_TRUE(result);
-        json reply = json::parse(result->body);
-        if (accepted)
-            EXPECT_EQ(reply.value("responseCode", ""), "404TXNNOTFOUND");
-        else
-            EXPECT_EQ(reply, json({ { "error", "Bad request" } }));
+        ASSERT_TRUE(result) << body;
+        EXPECT_EQ(json::parse(result->body), json({ { "error", "Bad request" } })) << body;
+    }
+    for (const char *body : { "{}", "{\"a\":1}" }) {
+        auto result = post(kStatus, body);
+        ASSERT_TRUE(result) << body;
+        EXPECT_EQ(json::parse(result->body).value("responseCode", ""), "404TXNNOTFOUND") << body;
     }
 }
 
@@ -162,26 +152,22 @@ TEST_F(EndpointTest, RegistrationValidatesItsBody)
     }
 }
 
-TEST_F(EndpointTest, RegistrationCreatesPendingTransactionsWithNewThirteenDigitIds)
+TEST_F(EndpointTest, RegistrationCreatesPendingTransactionsThatTakeOneCollect)
 {
     json first = registerUpi("ORD-A", "99.90");
-    json second = registerUpi("ORD-B");
     ASSERT_EQ(first["responseCode"], "200MERSUCC");
     EXPECT_EQ(first["data"]["kovenaTransactionId"], 1700000000001);
-    EXPECT_EQ(second["data"]["kovenaTransactionId"], 1700000000002);
+    EXPECT_EQ(registerUpi("ORD-B")["data"]["kovenaTransactionId"], 1700000000002);
     EXPECT_EQ(first["data"]["getRequestRefNumResponse"]["merchantTransactionRef"], "ORD-A");
 
-    json record = status("1700000000001", "")["data"];
+    const std::string id = "1700000000001";
+    json record = status(id, "")["data"];
     EXPECT_EQ(record["paymentStatus"], 0);
     EXPECT_EQ(record["transactionRefNumber"], "ORD-A");
     EXPECT_EQ(record["requestedAmount"], "99.90");
     EXPECT_EQ(record["collectorId"], "COL-7");
     EXPECT_EQ(record["customerMobNum"], "9999999999");
-}
 
-TEST_F(EndpointTest, CollectNeedsAKnownPendingTransactionAndAVpa)
-{
-    std::string id = std::to_string(registerUpi("ORD-C")["data"]["kovenaTransactionId"].get<std::int64_t>());
     const std::tuple<std::string, std::string, std::string> rows[] = {
         { "1234", "success@kovena", "404TXNNOTFOUND" },
         { "", "success@kovena", "404TXNNOTFOUND" },

@@ -16,8 +16,8 @@ class RawConnection
 {
 public:
     explicit RawConnection(int port)
+        : m_fd(::socket(AF_INET, SOCK_STREAM, 0))
     {
-        m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
         sockaddr_in addr {};
         addr.sin_family = AF_INET;
         addr.sin_port = htons(static_cast<uint16_t>(port));
@@ -30,10 +30,11 @@ public:
     RawConnection(const RawConnection &) = delete;
     RawConnection &operator=(const RawConnection &) = delete;
 
-    bool connected() const { return m_connected; }
+    // False when not connected or not everything went out.
     bool send(const std::string &bytes)
     {
-        return ::send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+        return m_connected
+            && ::send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
     }
 
     // Reads until the peer closes; `closed` is false when the read timed out instead.
@@ -41,19 +42,15 @@ public:
     {
         std::string received;
         char buffer[4096];
-        for (;;) {
-            ssize_t n = ::recv(m_fd, buffer, sizeof(buffer), 0);
-            if (n > 0) {
-                received.append(buffer, static_cast<size_t>(n));
-                continue;
-            }
-            closed = n == 0;
-            return received;
-        }
+        ssize_t n;
+        while ((n = ::recv(m_fd, buffer, sizeof(buffer), 0)) > 0)
+            received.append(buffer, static_cast<size_t>(n));
+        closed = n == 0;
+        return received;
     }
 
 private:
-    int m_fd = -1;
+    int m_fd;
     bool m_connected = false;
 };
 

@@ -14,12 +14,12 @@ class ScriptedReplyTest : public SandboxTest
 TEST_F(ScriptedReplyTest, BodyAndStatusAreSentAsScripted)
 {
     const ScriptedReply rows[] = {
-        { 200, R"({"responseCode":"200MERSUCC"})", false, 0ms },
-        { 500, R"({"success":"true","responseCode":"200TRANSRESPSUCC"})", false, 0ms },
-        { 200, "", false, 0ms },
-        { 200, "this is not json", false, 0ms },
-        { 404, "true", false, 0ms },
-        { 200, R"({"data":{"kovenaRefNumber":)", false, 0ms },
+        { 200, R"({"responseCode":"200MERSUCC"})" },
+        { 500, R"({"success":"true","responseCode":"200TRANSRESPSUCC"})" },
+        { 200, "" },
+        { 200, "this is not json" },
+        { 404, "true" },
+        { 200, R"({"data":{"kovenaRefNumber":)" },
     };
     for (const ScriptedReply &row : rows) {
         SCOPED_TRACE(row.body);
@@ -31,81 +31,66 @@ TEST_F(ScriptedReplyTest, BodyAndStatusAreSentAsScripted)
     }
 }
 
-TEST_F(ScriptedReplyTest, ScriptedReplyComesBeforeAuthorizationAndBodyChecks)
+TEST_F(ScriptedReplyTest, QueuesAreUsedUpInOrderPerEndpointBeforeAnyCheck)
 {
-    sandbox.enqueueReply(kPay, { 200, R"({"scripted":true})", false, 0ms });
-    auto result = post(kPay, "garbage", "");
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->body, R"({"scripted":true})");
-    EXPECT_EQ(json::parse(post(kPay, "garbage", "")->body), json({ { "error", "Unauthorized" } }));
-}
-
-TEST_F(ScriptedReplyTest, QueuesAreUsedUpInOrderPerEndpoint)
-{
-    sandbox.enqueueReply(kStatus, { 200, "first", false, 0ms });
-    sandbox.enqueueReply(kPay, { 200, "pay", false, 0ms });
-    sandbox.enqueueReply(kStatus, { 200, "second", false, 0ms });
+    sandbox.enqueueReply(kStatus, { 200, "first" });
+    sandbox.enqueueReply(kPay, { 200, "pay" });
+    sandbox.enqueueReply(kStatus, { 200, "second" });
     const std::string body = R"({"kovenaRefNumber":"42"})";
 
     EXPECT_EQ(post(kStatus, body)->body, "first");
     EXPECT_NE(post(kCollect, body)->body, "pay");
-    EXPECT_EQ(post(kPay, body)->body, "pay");
+    EXPECT_EQ(post(kPay, "garbage", "")->body, "pay") << "no authorization, no JSON: still scripted";
     EXPECT_EQ(post(kStatus, body)->body, "second");
     EXPECT_EQ(json::parse(post(kStatus, body)->body)["data"]["kovenaRefNumber"], 42);
-    EXPECT_NE(post(kPay, body)->body, "pay");
+    EXPECT_EQ(json::parse(post(kPay, "garbage", "")->body), json({ { "error", "Unauthorized" } }));
 }
 
-TEST_F(ScriptedReplyTest, DroppedConnectionIsATransportErrorForTheClient)
+// A dropped connection sends nothing at all; a truncated reply stops after its headers. Either
+// way a client sees a transport error, and the next request is answered normally.
+TEST_F(ScriptedReplyTest, DroppedAndTruncatedRepliesAreTransportErrors)
 {
-    sandbox.enqueueReply(kStatus, { 200, "never sent", true, 0ms });
-    auto result = post(kStatus, R"({"kovenaRefNumber":"42"})");
-    EXPECT_FALSE(result);
-    ASSERT_TRUE(sandbox.waitForRequests(1, 5s));
-    EXPECT_EQ(sandbox.requests().front().path, "/KoVena/v1/sdk/txn/1/false/2");
-
-    // The next request is answered normally.
-    auto next = post(kStatus, R"({"kovenaRefNumber":"42"})");
-    ASSERT_TRUE(next);
-    EXPECT_EQ(json::parse(next->body)["responseCode"], "200TRANSRESPSUCC");
-}
-
-TEST_F(ScriptedReplyTest, DroppedConnectionSendsNoByteAtAll)
-{
-    sandbox.enqueueReply(kCollect, { 200, "never sent", true, 0ms });
-    RawConnection connection(sandbox.port());
-    ASSERT_TRUE(connection.connected());
-    const std::string body = "{}";
-    ASSERT_TRUE(connection.send("POST /KoVena/v1/sdk/sendCollectOrSMS HTTP/1.1\r\nHost: x\r\n"
-                                "Authorization: Bearer t\r\nContent-Length: 2\r\n\r\n"
-        + body));
-    bool closed = false;
-    EXPECT_EQ(connection.readToEnd(closed), "");
-    EXPECT_TRUE(closed);
-}
-
-TEST_F(ScriptedReplyTest, TruncatedReplyStopsAfterItsHeaders)
-{
-    ScriptedReply cut;
+    ScriptedReply drop { 200, "never sent" };
+    drop.dropConnection = true;
+    ScriptedReply cut { 200, R"({"responseCode":"200TRANSRESPSUCC"})" };
     cut.truncateAfterHeaders = true;
-    cut.body = R"({"responseCode":"200MERSUCC"})";
-    sandbox.enqueueReply(kPay, cut);
-    EXPECT_FALSE(post(kPay, "{}"));
+    const std::string request = "POST /KoVena/v1/sdk/txn/1/false/2 HTTP/1.1\r\nHost: x\r\n"
+                                "Authorization: Bearer t\r\nContent-Length: 2\r\n\r\n{}";
+    for (const ScriptedReply &script : { drop, cut }) {
+        SCOPED_TRACE(script.dropConnection ? "drop" : "truncate");
+        sandbox.enqueueReply(kStatus, script);
+        EXPECT_FALSE(post(kStatus, R"({"kovenaRefNumber":"42"})"));
+        sandbox.enqueueReply(kStatus, script);
+        RawConnection connection(sandbox.port());
+        ASSERT_TRUE(connection.send(request));
+        bool closed = false;
+        const std::string received = connection.readToEnd(closed);
+        EXPECT_TRUE(closed);
+        if (script.dropConnection) {
+            EXPECT_EQ(received, "");
+        } else {
+            EXPECT_EQ(received.rfind("HTTP/1.1 200 OK\r\n", 0), 0u) << received;
+            EXPECT_NE(received.find("Content-Length: " + std::to_string(script.body.size()) + "\r\n"),
+                std::string::npos);
+            EXPECT_EQ(received.substr(received.size() - 4), "\r\n\r\n");
+        }
+        ASSERT_TRUE(sandbox.waitForRequests(2, 5s)) << "both requests were recorded";
+        sandbox.clearRequests();
 
-    sandbox.enqueueReply(kPay, cut);
-    RawConnection connection(sandbox.port());
-    ASSERT_TRUE(connection.send("POST /KoVena/v1/sdk/payForService HTTP/1.1\r\nHost: x\r\n"
-                                "Content-Length: 2\r\n\r\n{}"));
-    bool closed = false;
-    std::string received = connection.readToEnd(closed);
-    EXPECT_TRUE(closed);
-    EXPECT_EQ(received.rfind("HTTP/1.1 200 OK\r\n", 0), 0u) << received;
-    EXPECT_NE(
-        received.find("Content-Length: " + std::to_string(cut.body.size()) + "\r\n"), std::string::npos);
-    EXPECT_EQ(received.substr(received.size() - 4), "\r\n\r\n");
+        auto next = post(kStatus, R"({"kovenaRefNumber":"42"})");
+        ASSERT_TRUE(next);
+        EXPECT_EQ(json::parse(next->body)["responseCode"], "200TRANSRESPSUCC");
+    }
 }
 
 TEST_F(ScriptedReplyTest, DelayHoldsTheReplyBack)
 {
+    ScriptedReply slow;
+    slow.delay = 20ms;
+    slow.handleNormally = true;
+    sandbox.enqueueReply(kStatus, slow);
+    EXPECT_EQ(status("43", "")["data"]["paymentStatus"], 2) << "answered normally after the delay";
+
     sandbox.enqueueReply(kStatus, { 200, "late", false, 3000ms });
     httplib::Client impatient("127.0.0.1", sandbox.port());
     impatient.set_read_timeout(0, 100000);
@@ -114,16 +99,6 @@ TEST_F(ScriptedReplyTest, DelayHoldsTheReplyBack)
     EXPECT_EQ(result.error(), httplib::Error::Read);
     // Stopping does not wait for the delay to run out.
     sandbox.stop();
-}
-
-TEST_F(ScriptedReplyTest, DelayThenNormalHandling)
-{
-    ScriptedReply slow;
-    slow.delay = 20ms;
-    slow.handleNormally = true;
-    sandbox.enqueueReply(kStatus, slow);
-    json reply = status("43", "");
-    EXPECT_EQ(reply["data"]["paymentStatus"], 2);
 }
 
 } // namespace
