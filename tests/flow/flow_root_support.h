@@ -1,18 +1,21 @@
 #pragma once
 
-// Helpers shared by the flow and facade suites: a merchant screen that records what it is told,
-// a window that hosts it the way a merchant application does, and a catcher for log lines.
-
+// Shared by the flow and facade suites: a merchant screen that records its reports, the window
+// that hosts it, and the facade's two calls with fixed arguments.
+#include "flow/NavigatorController.h"
 #include "model/TransactionStatus.h"
+#include "platform/ManualScheduler.h"
+#include "platform/NavigationController.h"
+#include "platform/UserDefaults.h"
 #include "sdk/KovenaCallback.h"
+#include "sdk/KovenaSDK.h"
 
 #include <QCoreApplication>
 #include <QMainWindow>
 #include <QMutex>
-#include <QPointer>
-#include <QStringList>
 #include <QThread>
-#include <QWidget>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
@@ -28,7 +31,6 @@ public:
         std::shared_ptr<TransactionStatus> record;
         bool onMainThread = false;
     };
-
     void onTransactionComplete(std::shared_ptr<TransactionStatus> transactionStatus) override
     {
         if (onCall)
@@ -36,14 +38,20 @@ public:
         QMutexLocker lock(&m_mutex);
         m_calls.push_back({ std::move(transactionStatus), QThread::currentThread() == qApp->thread() });
     }
-
     std::vector<Call> calls() const
     {
         QMutexLocker lock(&m_mutex);
         return m_calls;
     }
     std::size_t callCount() const { return calls().size(); }
-
+    QStringList statuses() const // "<paymentStatus> <description>" per report
+    {
+        QStringList out;
+        for (const Call &c : calls())
+            out << QString::number(c.record->data->paymentStatus.value_or(0)) + u' '
+                    + c.record->data->description.value_or(QString());
+        return out;
+    }
     // Runs inside the callback, before it is recorded (to look at the screens at that moment).
     std::function<void(const std::shared_ptr<TransactionStatus> &)> onCall;
 
@@ -57,26 +65,46 @@ struct MerchantWindow
 {
     MerchantWindow()
     {
-        merchant = new TestMerchant;
-        merchant->setObjectName(QStringLiteral("merchantScreen"));
         window.setCentralWidget(merchant);
         window.resize(400, 700);
         window.show();
     }
     QMainWindow window;
-    QPointer<TestMerchant> merchant;
+    QPointer<TestMerchant> merchant = new TestMerchant;
 };
 
-// Collects the messages of one logging category (debug level included) while it lives.
-class LogCatcher
+// A merchant window on the manual clock, with fresh user defaults and the facade's two calls.
+class FlowTest : public ::testing::Test
 {
-public:
-    explicit LogCatcher(const char *category);
-    ~LogCatcher();
-    QStringList messages() const;
+protected:
+    void SetUp() override { UserDefaults::resetStandardUserDefaults(); }
+    static NavigatorController *rootOf(MerchantWindow &w)
+    {
+        return qobject_cast<NavigatorController *>(rootViewController(&w.window));
+    }
+    NavigatorController *navigator() { return rootOf(host); }
+    static std::optional<QString> stored(const char *key)
+    {
+        return UserDefaults::standard().string(QLatin1String(key));
+    }
+    // Mode "0" routes nowhere: the flow stops on the payment option screen.
+    void checkout(
+        const QString &orderNo = QStringLiteral("ORD-1"), const QString &requestId = QStringLiteral("REQ-1"))
+    {
+        KovenaSDK::instance().kovenaInit(host.merchant, QStringLiteral("Shop"), orderNo,
+            QStringLiteral("token-1"), QStringLiteral("COL-1"), QStringLiteral("100.50"),
+            QStringLiteral("9876543210"), QStringLiteral("a@b.in"), requestId, QStringLiteral("0"));
+    }
+    void enquire(MerchantWindow &w, const char *id = "42", const char *orderId = "ORD-1")
+    {
+        KovenaSDK::instance().kovenaStatusInit(
+            w.merchant, QLatin1String(id), QLatin1String(orderId), QStringLiteral("token-2"));
+    }
+    void enquire() { enquire(host); }
 
-private:
-    static void handler(QtMsgType type, const QMessageLogContext &context, const QString &message);
+    ManualScheduler clock;
+    ScopedScheduler scoped { clock };
+    MerchantWindow host;
 };
 
 } // namespace kovena::testing

@@ -1,16 +1,8 @@
 // The facade: what kovenaInit and kovenaStatusInit leave behind when they return, and the
 // arguments they refuse.
-#include "flow/NavigatorController.h"
 #include "flow/flow_root_support.h"
-#include "platform/ManualScheduler.h"
-#include "platform/NavigationController.h"
-#include "platform/UserDefaults.h"
-#include "sdk/KovenaSDK.h"
 
-#include <QCoreApplication>
 #include <QEvent>
-
-#include <gtest/gtest.h>
 
 using namespace kovena;
 using namespace kovena::testing;
@@ -23,46 +15,14 @@ QStringList fieldsOf(const CheckoutParams &p)
         p.customerEmail, p.merchantAppName, p.requestId, p.paymentMode, p.kovenaTxnId, p.orderId };
 }
 
-class FacadeTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { UserDefaults::resetStandardUserDefaults(); }
-
-    NavigatorController *root()
-    {
-        return qobject_cast<NavigatorController *>(rootViewController(&host.window));
-    }
-    std::optional<QString> stored(const char *key)
-    {
-        return UserDefaults::standard().string(QLatin1String(key));
-    }
-
-    void checkout(
-        const QString &requestId = QStringLiteral("REQ-1"), const QString &orderNo = QStringLiteral("ORD-1"))
-    {
-        KovenaSDK::instance().kovenaInit(host.merchant, QStringLiteral("Shop"), orderNo,
-            QStringLiteral("token-1"), QStringLiteral("COL-1"), QStringLiteral("100.50"),
-            QStringLiteral("9876543210"), QStringLiteral("a@b.in"), requestId, QStringLiteral("1"));
-    }
-    void enquire()
-    {
-        KovenaSDK::instance().kovenaStatusInit(
-            host.merchant, QStringLiteral("42"), QStringLiteral("ORD-1"), QStringLiteral("token-2"));
-    }
-
-    ManualScheduler clock;
-    ScopedScheduler scoped { clock };
-    MerchantWindow host;
-};
+using FacadeTest = FlowTest;
 
 TEST_F(FacadeTest, CheckoutInstallsTheFlowAndStoresOnlyTheCustomerFields)
 {
     UserDefaults::standard().setBool(QStringLiteral("retry"), true);
     UserDefaults::standard().setString(QStringLiteral("requestId"), QStringLiteral("stale"));
-    LogCatcher log("kovena");
     checkout();
 
-    EXPECT_EQ(log.messages(), QStringList { QStringLiteral("---Merchant Access Tokentoken-1") });
     EXPECT_EQ(stored("customerMobNum"), QStringLiteral("9876543210"));
     EXPECT_EQ(stored("customerEmail"), QStringLiteral("a@b.in"));
     EXPECT_EQ(stored("accessToken"), QStringLiteral("token-1"));
@@ -70,17 +30,15 @@ TEST_F(FacadeTest, CheckoutInstallsTheFlowAndStoresOnlyTheCustomerFields)
     for (const char *key : { "retry", "requestId", "paymentMode" })
         EXPECT_FALSE(UserDefaults::standard().contains(QLatin1String(key))) << key;
 
-    NavigatorController *navigator = root();
-    ASSERT_NE(navigator, nullptr);
-    EXPECT_EQ(host.window.centralWidget(), navigator);
-    EXPECT_FALSE(navigator->isViewLoaded());
+    ASSERT_NE(navigator(), nullptr);
+    EXPECT_EQ(host.window.centralWidget(), navigator());
+    EXPECT_FALSE(navigator()->isViewLoaded());
     ASSERT_FALSE(host.merchant.isNull());
     EXPECT_TRUE(host.merchant->isHidden());
-
-    const CheckoutParams &p = navigator->checkoutParams;
+    const CheckoutParams &p = navigator()->checkoutParams;
     EXPECT_EQ(fieldsOf(p),
         QStringList(
-            { "100.50", "ORD-1", "COL-1", "token-1", "9876543210", "a@b.in", "Shop", "REQ-1", "1", "", "" }));
+            { "100.50", "ORD-1", "COL-1", "token-1", "9876543210", "a@b.in", "Shop", "REQ-1", "0", "", "" }));
     EXPECT_FALSE(p.isStatusClicked);
     EXPECT_EQ(p.merchantVC, host.merchant.data());
     EXPECT_EQ(host.merchant->callCount(), 0u);
@@ -91,9 +49,10 @@ TEST_F(FacadeTest, EmptyRequestIdFallsBackToTheOrderNumber)
     const std::pair<const char *, const char *> rows[]
         = { { "", "ORD-7" }, { " ", " " }, { "REQ-9", "REQ-9" } };
     for (const auto &[requestId, expected] : rows) {
-        checkout(QString::fromLatin1(requestId), QStringLiteral("ORD-7"));
-        ASSERT_NE(root(), nullptr);
-        EXPECT_EQ(root()->checkoutParams.requestId, QString::fromLatin1(expected)) << '"' << requestId << '"';
+        checkout(QStringLiteral("ORD-7"), QString::fromLatin1(requestId));
+        ASSERT_NE(navigator(), nullptr);
+        EXPECT_EQ(navigator()->checkoutParams.requestId, QString::fromLatin1(expected))
+            << '"' << requestId << '"';
     }
 }
 
@@ -104,9 +63,8 @@ TEST_F(FacadeTest, StatusEnquiryKeepsTheEarlierCustomerFields)
     EXPECT_EQ(stored("customerMobNum"), QStringLiteral("9876543210"));
     EXPECT_EQ(stored("customerEmail"), QStringLiteral("a@b.in"));
     EXPECT_EQ(stored("accessToken"), QStringLiteral("token-2"));
-
-    ASSERT_NE(root(), nullptr);
-    const CheckoutParams &p = root()->checkoutParams;
+    ASSERT_NE(navigator(), nullptr);
+    const CheckoutParams &p = navigator()->checkoutParams;
     EXPECT_EQ(fieldsOf(p), QStringList({ "", "", "", "", "", "", "", "", "", "42", "ORD-1" }));
     EXPECT_TRUE(p.isStatusClicked);
     EXPECT_EQ(p.merchantVC, host.merchant.data());
@@ -115,15 +73,15 @@ TEST_F(FacadeTest, StatusEnquiryKeepsTheEarlierCustomerFields)
 TEST_F(FacadeTest, ASecondCheckoutReleasesTheFirstController)
 {
     checkout();
-    QPointer<NavigatorController> first = root();
+    QPointer<NavigatorController> first = navigator();
     clock.runDue(); // the first flow loads and shows its screens
     ASSERT_FALSE(first.isNull());
 
-    checkout(QStringLiteral("REQ-2"), QStringLiteral("ORD-2"));
+    checkout(QStringLiteral("ORD-2"), QStringLiteral("REQ-2"));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(first.isNull());
-    ASSERT_NE(root(), nullptr);
-    EXPECT_EQ(root()->checkoutParams.merchantTransactionRefNumber, QStringLiteral("ORD-2"));
+    ASSERT_NE(navigator(), nullptr);
+    EXPECT_EQ(navigator()->checkoutParams.merchantTransactionRefNumber, QStringLiteral("ORD-2"));
     ASSERT_FALSE(host.merchant.isNull());
     EXPECT_TRUE(host.merchant->isHidden());
 }

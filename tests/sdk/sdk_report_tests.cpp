@@ -1,13 +1,9 @@
 // The two ways a screen hands an outcome to the merchant.
 #include "flow/flow_root_support.h"
-#include "model/TransactionStatus.h"
 #include "platform/ViewController.h"
 #include "sdk/MerchantReport.h"
 
-#include <QCoreApplication>
 #include <QEvent>
-
-#include <gtest/gtest.h>
 
 using namespace kovena;
 using namespace kovena::testing;
@@ -20,7 +16,6 @@ TEST(MerchantReport, BtnBackBuildsAFreshRecordDismissesThenReportsAtOnce)
     ViewController presenter(&host.window);
     QPointer<ViewController> screen = new ViewController;
     presenter.present(screen, false);
-
     bool dismissedBeforeReport = false;
     host.merchant->onCall = [&](const std::shared_ptr<TransactionStatus> &) {
         dismissedBeforeReport = screen && screen->isHidden() && !presenter.presentedViewController();
@@ -34,17 +29,14 @@ TEST(MerchantReport, BtnBackBuildsAFreshRecordDismissesThenReportsAtOnce)
     ASSERT_EQ(calls.size(), 5u);
     EXPECT_TRUE(calls[0].onMainThread);
     EXPECT_TRUE(dismissedBeforeReport);
-    const char *shapes[] = {
-        R"({"data":{"paymentStatus":-1,"description":"Cancelled"}})",
+    const char *shapes[] = { R"({"data":{"paymentStatus":-1,"description":"Cancelled"}})",
         R"({"data":{"paymentStatus":-101,"description":"Missing SDK params,amount nil "}})",
         R"({"data":{"paymentStatus":-105,"description":"Missing SDK params,orderId nil"}})",
         R"({"data":{"paymentStatus":-107,"description":"Error"}})",
-        R"({"data":{"paymentStatus":1,"description":"Success"}})",
-    };
+        R"({"data":{"paymentStatus":1,"description":"Success"}})" };
     for (std::size_t i = 0; i < calls.size(); ++i)
         EXPECT_EQ(calls[i].record->dictionaryRepresentation(), JsonValue::parse(shapes[i]));
     EXPECT_NE(calls[0].record->data, calls[1].record->data); // every report is a record of its own
-
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(screen.isNull());
 }
@@ -63,7 +55,6 @@ TEST(MerchantReport, FinishDescribesTheBackendsStatusAndPassesTheSameRecord)
         record->data->description = QStringLiteral("from the backend");
         record->data->transactionRefNumber = QStringLiteral("ORD-1");
         MerchantReport::finish(host.merchant, record);
-
         ASSERT_FALSE(host.merchant->calls().empty());
         EXPECT_EQ(host.merchant->calls().back().record, record);
         EXPECT_EQ(record->data->description, QString::fromLatin1(description)) << paymentStatus;
