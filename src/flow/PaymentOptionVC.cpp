@@ -12,9 +12,7 @@
 #include "platform/Storyboard.h"
 #include "platform/UserDefaults.h"
 #include "sdk/CheckoutStatusCode.h"
-#include "sdk/MerchantReport.h"
 
-#include <QCoreApplication>
 #include <QPalette>
 
 #include <cmath>
@@ -54,7 +52,7 @@ std::int64_t wholeRupees(const QString &amountText)
 } // namespace
 
 PaymentOptionVC::PaymentOptionVC(QWidget *parent)
-    : BaseViewController(parent)
+    : PaymentOptionScreen(parent)
     , locale(QLocale::system())
     , symbol(locale.currencySymbol())
     , ui(new Ui::PaymentOptionVC)
@@ -87,13 +85,12 @@ QPushButton *PaymentOptionVC::UPILabel() const
 
 void PaymentOptionVC::viewDidLoad()
 {
-    BaseViewController::viewDidLoad();
+    PaymentOptionScreen::viewDidLoad();
     addDismissKeyboardTap();
     addDoneButtonOnKeyboard();
 
     // Failures are reported to the merchant but the screen still goes on to route.
-    checkParams(
-        amount, merchantTransactionRefNumber, accessToken, collectorId, customerMobNum, customerEmail);
+    checkOwnParams();
 
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setBool(Constants::PG::RETRY(), false);
@@ -112,10 +109,7 @@ void PaymentOptionVC::viewDidLoad()
     ui->lbAmount->setText(u"\u20B9 "_s + displayAmount);
     ui->lbOrderId->setText(*merchantTransactionRefNumber);
 
-    QString name = merchantAppName.value_or(QString());
-    if (name.isEmpty())
-        name = QCoreApplication::applicationName();
-    ui->lbTitleAppName->setText(name);
+    ui->lbTitleAppName->setText(merchantName());
 
     if (wholeRupees(Utils::amountFormat(*amount)) > kUpiLimit) {
         QPalette palette = ui->UPILabel->palette();
@@ -140,14 +134,9 @@ void PaymentOptionVC::routeByPaymentMode(const QString &mode)
         return;
 
     Storyboard &board = storyboard() ? *storyboard() : mainKovenaStoryboard();
-    auto *next = qobject_cast<PaymentScreen *>(board.instantiateViewController(scene));
-    if (!next)
-        fatalError("PaymentOptionVC: payment scene is not a payment screen");
-    next->amount = amount.value_or(QString());
-    next->merchantTransactionRefNumber = merchantTransactionRefNumber;
-    next->collectorId = collectorId;
-    next->merchantVC = merchantVC;
-    next->isPaymentModeAvail = true;
+    ViewController *next = board.instantiateViewController(scene);
+    handOver(next, true);
+    qobject_cast<PaymentScreen *>(next)->isPaymentModeAvail = true;
 
     NavigationController *navigation = navigationController();
     if (!navigation) {
@@ -160,52 +149,14 @@ void PaymentOptionVC::routeByPaymentMode(const QString &mode)
 
 void PaymentOptionVC::prepare(const StoryboardSegue &segue, QObject *sender)
 {
-    BaseViewController::prepare(segue, sender);
-    const QString &id = segue.identifier;
-    if (id != u"CardViewController" && id != u"NetBankingViewController" && id != u"UPIViewController")
-        return;
-    auto *next = qobject_cast<PaymentScreen *>(segue.destination);
-    if (!next)
-        fatalError("PaymentOptionVC: segue destination is not a payment screen");
-    next->amount = amount.value_or(QString());
-    next->merchantTransactionRefNumber = merchantTransactionRefNumber;
-    next->merchantVC = merchantVC;
-    next->collectorId = collectorId;
-}
-
-void PaymentOptionVC::checkParams(const std::optional<QString> &amount,
-    const std::optional<QString> &merchantTransactionRefNumber, const std::optional<QString> &accessToken,
-    const std::optional<QString> &collectorId, const std::optional<QString> &customerMobNum,
-    const std::optional<QString> &customerEmail)
-{
-    kovena::checkParams(
-        *this, amount, merchantTransactionRefNumber, accessToken, collectorId, customerMobNum, customerEmail);
-}
-
-void PaymentOptionVC::back()
-{
-    btnBack(nullptr, CheckoutStatusCode::CANCELLED);
+    PaymentOptionScreen::prepare(segue, sender);
+    if (isPaymentSegue(segue.identifier))
+        handOver(segue.destination, true);
 }
 
 void PaymentOptionVC::cancelButton()
 {
     btnBack(nullptr, CheckoutStatusCode::CANCELLED);
-}
-
-void PaymentOptionVC::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
-{
-    Q_UNUSED(trnasactionStatus)
-    MerchantReport::btnBack(this, merchantVC, status);
-}
-
-void PaymentOptionVC::btnBack(int status)
-{
-    btnBack(nullptr, status);
-}
-
-void PaymentOptionVC::showToast(const QString &message)
-{
-    BaseViewController::showToast(message);
 }
 
 } // namespace kovena

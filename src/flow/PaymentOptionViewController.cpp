@@ -4,13 +4,8 @@
 
 #include "flow/MainKovena.h"
 #include "flow/Utils.h"
-#include "payment/PaymentScreen.h"
-#include "platform/FatalError.h"
 #include "platform/Storyboard.h"
-#include "sdk/CheckoutStatusCode.h"
-#include "sdk/MerchantReport.h"
 
-#include <QCoreApplication>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -32,7 +27,7 @@ QString firstCharacter(const QString &text)
 } // namespace
 
 PaymentOptionViewController::PaymentOptionViewController(QWidget *parent)
-    : BaseViewController(parent)
+    : PaymentOptionScreen(parent)
     , ui(new Ui::PaymentOptionViewController)
 {
     ui->setupUi(this);
@@ -74,28 +69,25 @@ QLabel *PaymentOptionViewController::firstLetterInCircle() const
 
 void PaymentOptionViewController::viewDidLoad()
 {
-    BaseViewController::viewDidLoad();
+    PaymentOptionScreen::viewDidLoad();
     addDismissKeyboardTap();
 
     // Failures are reported to the merchant; the screen stays for the customer's choice.
-    checkParams(
-        amount, merchantTransactionRefNumber, accessToken, collectorId, customerMobNum, customerEmail);
+    checkOwnParams();
 
     // checkParams has ended the process if amount or order number were absent.
     ui->lbAmount->setText(Utils::amountFormat(*amount));
     ui->lbAmount->adjustSize();
     ui->lbOrderId->setText(*merchantTransactionRefNumber);
 
-    QString name = merchantAppName.value_or(QString());
-    if (name.isEmpty())
-        name = QCoreApplication::applicationName();
+    const QString name = merchantName();
     ui->lbTitleAppName->setText(name);
     ui->firstLetterInCircle->setText(firstCharacter(name));
 }
 
 void PaymentOptionViewController::viewWillAppear(bool animated)
 {
-    BaseViewController::viewWillAppear(animated);
+    PaymentOptionScreen::viewWillAppear(animated);
     drawCircle();
 }
 
@@ -114,50 +106,10 @@ void PaymentOptionViewController::runSegue(const QString &identifier, QObject *s
 
 void PaymentOptionViewController::prepare(const StoryboardSegue &segue, QObject *sender)
 {
-    BaseViewController::prepare(segue, sender);
-    const QString &id = segue.identifier;
-    const bool toCard = id == u"CardViewController";
-    if (!toCard && id != u"NetBankingViewController" && id != u"UPIViewController")
-        return;
-    auto *next = qobject_cast<PaymentScreen *>(segue.destination);
-    if (!next)
-        fatalError("PaymentOptionViewController: segue destination is not a payment screen");
-    next->amount = amount.value_or(QString());
-    next->merchantTransactionRefNumber = merchantTransactionRefNumber;
-    next->merchantVC = merchantVC;
+    PaymentOptionScreen::prepare(segue, sender);
     // The card screen is left with its own (empty) collector id.
-    if (!toCard)
-        next->collectorId = collectorId;
-}
-
-void PaymentOptionViewController::checkParams(const std::optional<QString> &amount,
-    const std::optional<QString> &merchantTransactionRefNumber, const std::optional<QString> &accessToken,
-    const std::optional<QString> &collectorId, const std::optional<QString> &customerMobNum,
-    const std::optional<QString> &customerEmail)
-{
-    kovena::checkParams(
-        *this, amount, merchantTransactionRefNumber, accessToken, collectorId, customerMobNum, customerEmail);
-}
-
-void PaymentOptionViewController::back()
-{
-    btnBack(nullptr, CheckoutStatusCode::CANCELLED);
-}
-
-void PaymentOptionViewController::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
-{
-    Q_UNUSED(trnasactionStatus)
-    MerchantReport::btnBack(this, merchantVC, status);
-}
-
-void PaymentOptionViewController::btnBack(int status)
-{
-    btnBack(nullptr, status);
-}
-
-void PaymentOptionViewController::showToast(const QString &message)
-{
-    BaseViewController::showToast(message);
+    if (isPaymentSegue(segue.identifier))
+        handOver(segue.destination, segue.identifier != u"CardViewController");
 }
 
 } // namespace kovena

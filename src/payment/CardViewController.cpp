@@ -2,11 +2,6 @@
 
 #include "ui_CardViewController.h"
 
-#include <QLabel>
-#include <QPushButton>
-
-using namespace Qt::StringLiterals;
-
 namespace kovena {
 
 CardViewController::CardViewController(QWidget *parent)
@@ -14,7 +9,6 @@ CardViewController::CardViewController(QWidget *parent)
     , ui(std::make_unique<Ui::CardViewController>())
 {
     ui->setupUi(this);
-    connect(ui->btnCancel, &QPushButton::clicked, this, &PaymentScreen::cancelTxn);
 }
 
 CardViewController::~CardViewController() = default;
@@ -22,12 +16,7 @@ CardViewController::~CardViewController() = default;
 void CardViewController::viewDidLoad()
 {
     PaymentScreen::viewDidLoad();
-    ui->lbAmount->setText(u"\u20B9 "_s + amount);
-    ui->lbOrderId->setText(merchantTransactionRefNumber.value_or(QString()));
-    ui->lbCollectorId->setText(collectorId.value_or(QString()));
-    // A mode chosen by the merchant has its Cancel in the navigation bar.
-    ui->btnCancel->setVisible(!isPaymentModeAvail);
-    setNavButton();
+    showCheckout(ui->lbAmount, ui->lbOrderId, ui->lbCollectorId, ui->btnCancel);
 }
 
 } // namespace kovena
