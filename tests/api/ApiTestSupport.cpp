@@ -28,7 +28,7 @@ void captureApiMessages(QtMsgType type, const QMessageLogContext &context, const
         recorder = g_capturing;
     }
     if (recorder && context.category && qstrcmp(context.category, "kovena.api") == 0)
-        recorder->add({ type == QtDebugMsg ? "debug" : "log", false, false, message, {}, {}, {} });
+        recorder->add({ .kind = type == QtDebugMsg ? "debug" : "log", .first = message });
     if (g_previousHandler && type != QtDebugMsg)
         g_previousHandler(type, context, message);
 }
@@ -89,21 +89,6 @@ void Recorder::add(Call call)
     m_sequence.push_back(std::move(call));
 }
 
-void Recorder::getTransactionStatus(std::shared_ptr<TransactionStatus> trnasactionStatus)
-{
-    add({ "status", false, false, {}, {}, std::move(trnasactionStatus), {} });
-}
-
-void Recorder::upiCallback1(const QString &kovenaTransactionId, const QString &transactionRefNum)
-{
-    add({ "upi1", false, false, kovenaTransactionId, transactionRefNum, {}, {} });
-}
-
-void Recorder::upiCallback2(std::shared_ptr<UPIResponse> upiResponse)
-{
-    add({ "upi2", false, false, {}, {}, {}, std::move(upiResponse) });
-}
-
 bool Recorder::waitForCallback()
 {
     const bool arrived = waitUntil([&] { return !calls().empty(); });
@@ -113,11 +98,8 @@ bool Recorder::waitForCallback()
 
 std::vector<Recorder::Call> Recorder::calls() const
 {
-    std::vector<Call> out;
-    for (const Call &call : sequence()) {
-        if (call.isCallback())
-            out.push_back(call);
-    }
+    auto out = sequence();
+    std::erase_if(out, [](const Call &call) { return !call.isCallback(); });
     return out;
 }
 

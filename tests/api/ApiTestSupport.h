@@ -35,15 +35,21 @@ public:
         std::string kind; // "status", "upi1", "upi2"; "log" or "debug" for a diagnostic line
         bool onSessionThread = false;
         bool onMainThread = false;
-        QString first, second; // upi1's strings, or the diagnostic text
-        std::shared_ptr<TransactionStatus> status;
-        std::shared_ptr<UPIResponse> upi;
+        QString first {}, second {}; // upi1's strings, or the diagnostic text
+        std::shared_ptr<TransactionStatus> status {};
+        std::shared_ptr<UPIResponse> upi {};
         bool isCallback() const { return kind != "log" && kind != "debug"; }
     };
 
-    void getTransactionStatus(std::shared_ptr<TransactionStatus> trnasactionStatus) override;
-    void upiCallback1(const QString &kovenaTransactionId, const QString &transactionRefNum) override;
-    void upiCallback2(std::shared_ptr<UPIResponse> upiResponse) override;
+    void getTransactionStatus(std::shared_ptr<TransactionStatus> s) override
+    {
+        add({ .kind = "status", .status = s });
+    }
+    void upiCallback1(const QString &id, const QString &ref) override
+    {
+        add({ .kind = "upi1", .first = id, .second = ref });
+    }
+    void upiCallback2(std::shared_ptr<UPIResponse> upi) override { add({ .kind = "upi2", .upi = upi }); }
     void add(Call call);
 
     // Waits for one callback, then lets the session thread run past it so that a second call
@@ -64,8 +70,32 @@ public:
     ~LogCapture();
 };
 
+// A request kind: its path under the server URL, and a send with arguments the test does not look at.
+struct Request
+{
+    const char *path;
+    DataTaskPtr (*send)(std::shared_ptr<Recorder>);
+};
+
+inline constexpr Request statusRequest {
+    "v1/sdk/txn/1/false/2",
+    [](auto cb) { return ApiManager::getTransactionStatus(cb, "42", "ORD-1"); },
+};
+inline constexpr Request paymentRequest {
+    "v1/sdk/payForService",
+    [](auto cb) { return ApiManager::payUPICollect(cb, "ORD-1", "1.00", "1001"); },
+};
+inline constexpr Request collectRequest {
+    "v1/sdk/sendCollectOrSMS",
+    [](auto cb) { return ApiManager::payUPICollectByVPA(cb, "42", {}, "1.00", "a@upi", "1001"); },
+};
+
 // Sends one request with `reply` scripted for `endpoint` and returns the only callback.
 Recorder::Call exchange(const char *endpoint, const sandbox::ScriptedReply &reply,
     const std::function<void(std::shared_ptr<Recorder>)> &send);
+inline Recorder::Call exchange(const Request &request, const sandbox::ScriptedReply &reply)
+{
+    return exchange(request.path, reply, request.send);
+}
 
 } // namespace kovena::test

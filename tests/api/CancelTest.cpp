@@ -15,15 +15,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const char *kStatus = "v1/sdk/txn/1/false/2";
 const char *kSuccess = R"({"responseCode":"200TRANSRESPSUCC"})";
-
-// A status enquiry whose reply would succeed, after a long while.
-DataTaskPtr slowStatus(const std::shared_ptr<Recorder> &recorder)
-{
-    backend().enqueueReply(kStatus, { 200, kSuccess, false, 5000ms });
-    return ApiManager::getTransactionStatus(recorder, "1", "2");
-}
 
 enum class When { BeforeTheServerSeesIt, WhileTheServerAnswers, FromAnotherThread, AtShutdown };
 
@@ -35,7 +27,8 @@ TEST_P(CancelTest, GivesTheFailureValueOnce)
 {
     resetBackendAndDefaults();
     auto recorder = std::make_shared<Recorder>();
-    DataTaskPtr task = slowStatus(recorder);
+    backend().enqueueReply(statusRequest.path, { 200, kSuccess, false, 5000ms }); // would succeed, late
+    DataTaskPtr task = statusRequest.send(recorder);
     if (GetParam() != When::BeforeTheServerSeesIt) {
         ASSERT_TRUE(backend().waitForRequests(1, 10s));
     }
@@ -64,8 +57,7 @@ TEST_P(CancelTest, GivesTheFailureValueOnce)
 
     if (GetParam() == When::AtShutdown) {
         backend().clearScriptedReplies();
-        const auto next = exchange(
-            kStatus, { 200, kSuccess }, [](auto cb) { ApiManager::getTransactionStatus(cb, "1", "2"); });
+        const auto next = exchange(statusRequest, { 200, kSuccess });
         EXPECT_TRUE(next.status) << "a new session took over";
     }
 }
@@ -79,7 +71,7 @@ TEST(SessionTask, CancelledBeforeResumeNeverReachesTheServer)
     resetBackendAndDefaults();
     std::atomic<int> completions { 0 };
     std::optional<QString> error;
-    const QUrl url(QString::fromStdString(backend().baseUrl() + kStatus));
+    const QUrl url(QString::fromStdString(backend().baseUrl() + statusRequest.path));
     auto task = UrlSession::shared()->dataTask(
         UrlSession::makeRequest(url), QByteArray("{}"), [&](DataTaskResult result) {
             error = result.error;
@@ -88,7 +80,7 @@ TEST(SessionTask, CancelledBeforeResumeNeverReachesTheServer)
     task->cancel();
     task->resume();
     ASSERT_TRUE(waitUntil([&] { return completions.load() > 0; }));
-    exchange(kStatus, { 200, kSuccess }, [](auto cb) { ApiManager::getTransactionStatus(cb, "1", "2"); });
+    exchange(statusRequest, { 200, kSuccess });
     EXPECT_EQ(completions.load(), 1);
     EXPECT_EQ(error, SessionDataTask::cancelledError());
     EXPECT_EQ(backend().requests().size(), 1u) << "only the later request went out";

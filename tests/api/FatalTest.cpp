@@ -6,126 +6,99 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 using namespace kovena;
 using namespace kovena::test;
 
 namespace {
 
-UserDefaults &defaults()
+using Send = std::function<void(std::shared_ptr<Recorder>)>;
+using Prepare = std::function<void(UserDefaults &)>;
+
+// Sends on reset defaults changed by `prepare`, then waits for a callback that must never come.
+void sendAfter(const Prepare &prepare, const Send &send)
 {
-    return UserDefaults::standard();
-}
-void pay()
-{
-    ApiManager::payUPICollect(
-        std::make_shared<Recorder>(), QStringLiteral("ORD-1"), "1.00", QStringLiteral("1"));
-}
-void collect()
-{
-    ApiManager::payUPICollectByVPA(
-        std::make_shared<Recorder>(), std::nullopt, std::nullopt, std::nullopt, std::nullopt, "1");
-}
-void status()
-{
-    ApiManager::getTransactionStatus(std::make_shared<Recorder>(), "1", "2");
+    resetBackendAndDefaults();
+    prepare(UserDefaults::standard());
+    auto recorder = std::make_shared<Recorder>();
+    send(recorder);
+    recorder->waitForCallback();
 }
 
-struct RequestFatal
+TEST(FatalDeathTest, StoredFieldsAndArgumentsStopBeforeSending)
 {
-    const char *name;
-    std::function<void()> prepare;
-    void (*send)();
-    const char *message;
-};
-
-class RequestFatalDeathTest : public ::testing::TestWithParam<RequestFatal>
-{
-};
-
-TEST_P(RequestFatalDeathTest, StopsBeforeSending)
-{
-    EXPECT_DEATH(
-        {
-            resetBackendAndDefaults();
-            GetParam().prepare();
-            GetParam().send();
-            std::fprintf(stderr, "the request was sent\n");
-        },
-        GetParam().message);
-}
-
-INSTANTIATE_TEST_SUITE_P(ForcedReads, RequestFatalDeathTest,
-    ::testing::Values(
-        RequestFatal { "tokenNotAString", [] { defaults().setNumber(QStringLiteral("accessToken"), 5); },
-            status, "access token is not a string" },
-        RequestFatal { "mobileNotAString",
-            [] {
-                defaults().setNumber(QStringLiteral("customerMobNum"), 9876543210.0);
-                defaults().setString(QStringLiteral("customerEmail"), QStringLiteral("a@b.in"));
-            },
-            pay, "mobile number is not a string" },
-        RequestFatal { "emailNotAString",
-            [] {
-                defaults().setString(QStringLiteral("customerMobNum"), QStringLiteral("98"));
-                defaults().setBool(QStringLiteral("customerEmail"), false);
-            },
-            collect, "e-mail is not a string" },
-        RequestFatal { "retryMissing", [] { defaults().remove(QStringLiteral("retry")); }, pay,
-            "\"retry\" flag is missing" },
-        RequestFatal { "retryNotABoolean",
-            [] { defaults().setString(QStringLiteral("retry"), QStringLiteral("true")); }, pay,
+    const std::tuple<Prepare, Send, const char *> rows[] = {
+        { [](auto &d) { d.setNumber("accessToken", 5); }, statusRequest.send,
+            "access token is not a string" },
+        { [](auto &d) {
+             d.setNumber("customerMobNum", 9876543210.0);
+             d.setString("customerEmail", "a@b.in");
+         },
+            paymentRequest.send, "mobile number is not a string" },
+        { [](auto &d) {
+             d.setString("customerMobNum", "98");
+             d.setBool("customerEmail", false);
+         },
+            collectRequest.send, "e-mail is not a string" },
+        { [](auto &d) { d.remove("retry"); }, paymentRequest.send, "\"retry\" flag is missing" },
+        { [](auto &d) { d.setString("retry", "true"); }, paymentRequest.send,
             "\"retry\" flag is missing or not a boolean" },
-        RequestFatal { "requestIdMissing", [] { defaults().remove(QStringLiteral("requestId")); }, pay,
-            "\"requestId\" is missing" },
-        RequestFatal { "requestIdNotAString", [] { defaults().setNumber(QStringLiteral("requestId"), 12); },
-            pay, "\"requestId\" is missing or not a string" },
-        RequestFatal { "noCallback", [] {}, [] { ApiManager::getTransactionStatus(nullptr, "1", "2"); },
+        { [](auto &d) { d.remove("requestId"); }, paymentRequest.send, "\"requestId\" is missing" },
+        { [](auto &d) { d.setNumber("requestId", 12); }, paymentRequest.send,
+            "\"requestId\" is missing or not a string" },
+        { [](auto &) {}, [](auto) { ApiManager::getTransactionStatus(nullptr, "1", "2"); },
             "needs a callback" },
-        RequestFatal { "urlDoesNotParse", [] {},
-            [] {
-                ApiRequest::post(
-                    "test", QStringLiteral("http://exa mple.in/KoVena/x"), "t", JsonValue::object(), {});
+        { [](auto &) {},
+            [](auto) {
+                ApiRequest::post("test", "http://exa mple.in/KoVena/x", "t", JsonValue::object(), {});
             },
-            "cannot be parsed" }),
-    [](const auto &info) { return std::string(info.param.name); });
-
-// Members the payment reply must carry, the code first and the rest once it says success.
-class PaymentReplyDeathTest : public ::testing::TestWithParam<std::pair<const char *, const char *>>
-{
-};
-
-TEST_P(PaymentReplyDeathTest, StopsWithoutCallback)
-{
-    EXPECT_DEATH(
-        {
-            resetBackendAndDefaults();
-            exchange("v1/sdk/payForService", { 200, GetParam().first }, [](auto cb) {
-                ApiManager::payUPICollect(cb, QStringLiteral("ORD-1"), "1.00", QStringLiteral("1"));
-            });
-        },
-        GetParam().second);
+            "cannot be parsed" },
+    };
+    for (const auto &[prepare, send, message] : rows)
+        EXPECT_DEATH(sendAfter(prepare, send), message);
 }
 
+// Every reply must be a JSON object.
+TEST(FatalDeathTest, NonObjectReplyStopsWithoutCallback)
+{
+    for (const Request &request : { statusRequest, paymentRequest, collectRequest }) {
+        for (const char *fragment : { "true", "[]", "\"text\"", "null" }) {
+            const Prepare scriptReply = [&](auto &) {
+                backend().enqueueReply(request.path, { 200, fragment });
+            };
+            EXPECT_DEATH(sendAfter(scriptReply, request.send), "not a JSON object")
+                << request.path << fragment;
+        }
+    }
+}
+
+// The payment reply's members: the code first and the rest once it says success.
+TEST(FatalDeathTest, PaymentReplyWithoutItsMembersStopsWithoutCallback)
+{
 #define OK_DATA(members) R"({"responseCode":"200MERSUCC","data":{)" members "}}"
 #define REF R"("getRequestRefNumResponse":{"merchantTransactionRef":"R"})"
-INSTANTIATE_TEST_SUITE_P(ForcedReads, PaymentReplyDeathTest,
-    ::testing::Values(std::pair { R"({"data":{}})", "\"responseCode\" is missing or not a string" },
-        std::pair { R"({"responseCode":200})", "\"responseCode\" is missing or not a string" },
-        std::pair { R"({"responseCode":"200MERSUCC"})", "\"data\" is missing or not an object" },
-        std::pair { R"({"responseCode":"200MERSUCC","data":[]})", "\"data\" is missing or not an object" },
-        std::pair { OK_DATA(REF), "\"kovenaTransactionId\" is missing or not a 64-bit integer" },
-        std::pair { OK_DATA(R"("kovenaTransactionId":"12",)" REF), "\"kovenaTransactionId\" is missing" },
-        std::pair { OK_DATA(R"("kovenaTransactionId":1.5,)" REF), "\"kovenaTransactionId\" is missing" },
-        std::pair { OK_DATA(R"("kovenaTransactionId":9223372036854775808,)" REF),
+    const std::pair<const char *, const char *> rows[] = {
+        { R"({"data":{}})", "\"responseCode\" is missing or not a string" },
+        { R"({"responseCode":200})", "\"responseCode\" is missing or not a string" },
+        { R"({"responseCode":"200MERSUCC"})", "\"data\" is missing or not an object" },
+        { R"({"responseCode":"200MERSUCC","data":[]})", "\"data\" is missing or not an object" },
+        { OK_DATA(REF), "\"kovenaTransactionId\" is missing or not a 64-bit integer" },
+        { OK_DATA(R"("kovenaTransactionId":"12",)" REF), "\"kovenaTransactionId\" is missing" },
+        { OK_DATA(R"("kovenaTransactionId":1.5,)" REF), "\"kovenaTransactionId\" is missing" },
+        { OK_DATA(R"("kovenaTransactionId":9223372036854775808,)" REF),
             "\"kovenaTransactionId\" is missing" },
-        std::pair { OK_DATA(R"("kovenaTransactionId":true,)" REF), "\"kovenaTransactionId\" is missing" },
-        std::pair { OK_DATA(R"("kovenaTransactionId":1)"),
-            "\"getRequestRefNumResponse\" is missing or not an object" },
-        std::pair { OK_DATA(R"("kovenaTransactionId":1,"getRequestRefNumResponse":{})"),
-            "\"merchantTransactionRef\" is missing or not a string" }));
+        { OK_DATA(R"("kovenaTransactionId":true,)" REF), "\"kovenaTransactionId\" is missing" },
+        { OK_DATA(R"("kovenaTransactionId":1)"), "\"getRequestRefNumResponse\" is missing or not an object" },
+        { OK_DATA(R"("kovenaTransactionId":1,"getRequestRefNumResponse":{})"),
+            "\"merchantTransactionRef\" is missing or not a string" },
+    };
 #undef REF
 #undef OK_DATA
+    for (const auto &[body, message] : rows) {
+        const Prepare scriptReply = [body](auto &) {
+            backend().enqueueReply(paymentRequest.path, { 200, body });
+        };
+        EXPECT_DEATH(sendAfter(scriptReply, paymentRequest.send), message) << body;
+    }
+}
 
 } // namespace

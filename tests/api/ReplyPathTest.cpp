@@ -1,39 +1,36 @@
 // The reply path all requests share, run against each of them: which replies give the failure
-// value and which reach the operation, on which thread, how often, and how often sent.
+// value and which reach the operation, on which thread, how often, how often sent, and what is logged.
 #include "ApiTestSupport.h"
+
+#include "platform/UserDefaults.h"
+
+#include <QLoggingCategory>
+#include <QScopeGuard>
 
 #include <gtest/gtest.h>
 
 using namespace kovena;
 using namespace kovena::test;
-using kovena::sandbox::ScriptedReply;
 
 namespace {
 
 struct Operation
 {
     const char *name;
-    const char *endpoint;
+    Request request;
     std::string successMembers; // make this operation succeed; no braces
-    std::function<void(std::shared_ptr<Recorder>)> send;
     std::function<bool(const Recorder::Call &)> isFailureValue;
 };
 
 const Operation kOperations[] = {
-    { "status", "v1/sdk/txn/1/false/2", R"("responseCode":"200TRANSRESPSUCC","data":{"paymentStatus":1})",
-        [](auto cb) { ApiManager::getTransactionStatus(cb, "1", "ORD-1"); },
+    { "status", statusRequest, R"("responseCode":"200TRANSRESPSUCC","data":{"paymentStatus":1})",
         [](const Recorder::Call &call) { return call.kind == "status" && !call.status; } },
-    { "upiCollect", "v1/sdk/payForService",
+    { "upiCollect", paymentRequest,
         R"("responseCode":"200MERSUCC","data":{"kovenaTransactionId":77,"getRequestRefNumResponse":{"merchantTransactionRef":"M"}})",
-        [](auto cb) { ApiManager::payUPICollect(cb, QStringLiteral("M"), "1.00", QStringLiteral("1001")); },
         [](const Recorder::Call &call) {
             return call.kind == "upi1" && call.first == "" && call.second == "";
         } },
-    { "collectByVpa", "v1/sdk/sendCollectOrSMS", R"("responseCode":"200MERSUCC")",
-        [](auto cb) {
-            ApiManager::payUPICollectByVPA(cb, QStringLiteral("77"), std::nullopt, QStringLiteral("1.00"),
-                QStringLiteral("a@upi"), "1001");
-        },
+    { "collectByVpa", collectRequest, R"("responseCode":"200MERSUCC")",
         [](const Recorder::Call &call) { return call.kind == "upi2" && !call.upi; } },
 };
 
@@ -68,66 +65,45 @@ std::string bodyFor(const ReplyCase &reply, const Operation &op)
     return body;
 }
 
-class ReplyPathTest : public ::testing::TestWithParam<std::tuple<int, int>>
+TEST(ReplyPath, AnswersExactlyOnceOnTheSessionThread)
 {
-};
-
-TEST_P(ReplyPathTest, AnswersExactlyOnceOnTheSessionThread)
-{
-    const Operation &op = kOperations[std::get<0>(GetParam())];
-    const ReplyCase &reply = kReplies[std::get<1>(GetParam())];
-    resetBackendAndDefaults();
-    backend().enqueueReply(op.endpoint, { reply.status, bodyFor(reply, op), reply.drop });
-
-    auto recorder = std::make_shared<Recorder>();
-    LogCapture capture(recorder);
-    op.send(recorder);
-    ASSERT_TRUE(recorder->waitForCallback());
-
-    const auto calls = recorder->calls();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_TRUE(calls[0].onSessionThread);
-    EXPECT_FALSE(calls[0].onMainThread);
-    EXPECT_EQ(op.isFailureValue(calls[0]), !reply.reachesOperation);
-    // Qt would re-send a request whose connection closed unanswered; a payment must go out once.
-    EXPECT_EQ(backend().requests().size(), 1u);
-
-    std::vector<std::string> order;
-    for (const auto &entry : recorder->sequence()) {
-        if (entry.kind != "debug")
-            order.push_back(entry.isCallback() ? "callback" : "log");
-    }
-    const std::vector<std::string> expected = reply.logsAfterCallback
-        ? std::vector<std::string> { "callback", "log" }
-        : std::vector<std::string> { "callback" };
-    EXPECT_EQ(order, expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(AllOperations, ReplyPathTest,
-    ::testing::Combine(
-        ::testing::Range(0, int(std::size(kOperations))), ::testing::Range(0, int(std::size(kReplies)))),
-    [](const auto &info) {
-        return std::string(kOperations[std::get<0>(info.param)].name) + "_"
-            + kReplies[std::get<1>(info.param)].name;
-    });
-
-class ReplyPathDeathTest : public ::testing::TestWithParam<std::tuple<int, const char *>>
-{
-};
-
-TEST_P(ReplyPathDeathTest, NonObjectReplyIsFatal)
-{
-    const Operation &op = kOperations[std::get<0>(GetParam())];
-    EXPECT_DEATH(
-        {
+    // The request line is logged as well; no line may show the token, the customer's contact
+    // details, the VPA or the reply's text.
+    QLoggingCategory::setFilterRules("kovena.api.debug=true");
+    const auto restoreRules = qScopeGuard([] { QLoggingCategory::setFilterRules(QString()); });
+    const char *neverLogged[] = { "tok-SECRET-1", "9812345678", "someone@mail.in", "a@upi", "responseCode" };
+    for (const Operation &op : kOperations) {
+        for (const ReplyCase &reply : kReplies) {
+            SCOPED_TRACE(std::string(op.name) + " " + reply.name);
             resetBackendAndDefaults();
-            exchange(op.endpoint, { 200, std::get<1>(GetParam()) }, op.send);
-        },
-        "not a JSON object");
-}
+            UserDefaults &defaults = UserDefaults::standard();
+            defaults.setString("accessToken", neverLogged[0]);
+            defaults.setString("customerMobNum", neverLogged[1]);
+            defaults.setString("customerEmail", neverLogged[2]);
+            backend().enqueueReply(op.request.path, { reply.status, bodyFor(reply, op), reply.drop });
 
-INSTANTIATE_TEST_SUITE_P(Fragments, ReplyPathDeathTest,
-    ::testing::Combine(::testing::Range(0, int(std::size(kOperations))),
-        ::testing::Values("true", "[]", "\"text\"", "null")));
+            auto recorder = std::make_shared<Recorder>();
+            LogCapture capture(recorder);
+            op.request.send(recorder);
+            ASSERT_TRUE(recorder->waitForCallback());
+
+            const auto calls = recorder->calls();
+            ASSERT_EQ(calls.size(), 1u);
+            EXPECT_TRUE(calls[0].onSessionThread);
+            EXPECT_FALSE(calls[0].onMainThread);
+            EXPECT_EQ(op.isFailureValue(calls[0]), !reply.reachesOperation);
+            // Qt would re-send a request whose connection closed unanswered; a payment must go out once.
+            EXPECT_EQ(backend().requests().size(), 1u);
+
+            std::string order;
+            for (const auto &entry : recorder->sequence()) {
+                order += entry.isCallback() ? "callback;" : entry.kind + ";";
+                for (const char *secret : neverLogged)
+                    EXPECT_FALSE(entry.first.contains(QLatin1String(secret))) << qPrintable(entry.first);
+            }
+            EXPECT_EQ(order, reply.logsAfterCallback ? "debug;callback;log;" : "debug;callback;");
+        }
+    }
+}
 
 } // namespace

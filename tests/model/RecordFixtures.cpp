@@ -25,14 +25,6 @@ const char *const statusReply = R"({
   "responseMessage": "Paid \u20b9 1499.00", "csrfToken": "c5rf"
 })";
 
-// The envelope of the UPI replies: the status reply's fields other than "data".
-JsonValue upiEnvelope()
-{
-    JsonValue reply = JsonValue::parse(statusReply);
-    reply.erase("data");
-    return reply;
-}
-
 const char *const txnRefNumber = R"({
   "version": 1, "idType": "UPI", "idValue": 1234567890123, "mode": "C", "modeData": -7,
   "additionalInfo": 9223372036854775807, "timeStamp": 1714550400000, "checkDigit": 9,
@@ -61,13 +53,6 @@ template<class Record> void fillEnvelope(Record &record)
     record.secureHash = "a41f09c2";
     record.responseMessage = QString::fromUtf8("Paid \u20b9 1499.00");
     record.csrfToken = "c5rf";
-}
-
-template<class Record, class Fill> std::shared_ptr<Record> build(Fill fill)
-{
-    auto record = std::make_shared<Record>();
-    fill(*record);
-    return record;
 }
 
 // The payment fields whose kinds all three payment records share.
@@ -112,101 +97,77 @@ template<class Data> void fillUpiPayment(Data &d)
 
 JsonValue fullStatusReply()
 {
-    return JsonValue::parse(statusReply);
+    return json(statusReply);
 }
 
+// The UPI replies' envelope: the status reply's fields other than "data".
 JsonValue fullUpiResponseReply()
 {
-    return upiEnvelope();
-}
-
-JsonValue fullTxnRefNumber()
-{
-    return JsonValue::parse(txnRefNumber);
+    JsonValue reply = json(statusReply);
+    reply.erase("data");
+    return reply;
 }
 
 JsonValue fullUpiResponseData()
 {
-    return upiPaymentData(fullTxnRefNumber());
+    return upiPaymentData(json(txnRefNumber));
 }
 
 JsonValue fullUpiStatusReply()
 {
-    const JsonValue data = upiPaymentData("UPI-REF-1");
-    JsonValue reply = upiEnvelope();
-    JsonValue ordered = JsonValue::object();
-    for (const auto &[key, value] : reply.items()) {
-        ordered[key] = value;
-        if (key == "secureHash")
-            ordered["data"] = data;
-    }
-    return ordered;
-}
-
-std::shared_ptr<TransactionStatus::Data> builtStatusData()
-{
-    return build<TransactionStatus::Data>([](auto &d) {
-        fillCommonPayment(d);
-        d.requestedAmount = "1499.00";
-        d.paymentGatewayReferenceNumber = 1234567890123;
-        d.status = -1;
-        d.collectorId = "COL-88";
-    });
+    JsonValue reply = json(statusReply);
+    reply["data"] = upiPaymentData("UPI-REF-1"); // keeps the key's place
+    return reply;
 }
 
 std::shared_ptr<TransactionStatus> builtStatus()
 {
-    return build<TransactionStatus>([](auto &status) {
-        fillEnvelope(status);
-        status.data = builtStatusData();
-    });
+    auto status = std::make_shared<TransactionStatus>();
+    fillEnvelope(*status);
+    auto &d = *(status->data = std::make_shared<TransactionStatus::Data>());
+    fillCommonPayment(d);
+    d.requestedAmount = "1499.00";
+    d.paymentGatewayReferenceNumber = 1234567890123;
+    d.status = -1;
+    d.collectorId = "COL-88";
+    return status;
 }
 
 std::shared_ptr<UPIResponse> builtUpiResponse()
 {
-    return build<UPIResponse>([](auto &response) { fillEnvelope(response); });
-}
-
-std::shared_ptr<UPIResponse::UpiTxnRefNumber> builtTxnRefNumber()
-{
-    return build<UPIResponse::UpiTxnRefNumber>([](auto &ref) {
-        ref.version = 1;
-        ref.idType = "UPI";
-        ref.idValue = 1234567890123;
-        ref.mode = "C";
-        ref.modeData = -7;
-        ref.additionalInfo = int64Max;
-        ref.timeStamp = 1714550400000;
-        ref.checkDigit = 9;
-        ref.prefix = "KV";
-        ref.originalNum = int64Min;
-        ref.base32Num = "ABC234";
-        ref.txnRefNum = "KV1714";
-    });
+    auto response = std::make_shared<UPIResponse>();
+    fillEnvelope(*response);
+    return response;
 }
 
 std::shared_ptr<UPIResponse::Data> builtUpiResponseData()
 {
-    return build<UPIResponse::Data>([](auto &d) {
-        fillUpiPayment(d);
-        d.upiTxnRefNumber = builtTxnRefNumber();
-    });
-}
-
-std::shared_ptr<UPIStatus::Data> builtUpiStatusData()
-{
-    return build<UPIStatus::Data>([](auto &d) {
-        fillUpiPayment(d);
-        d.upiTxnRefNumber = "UPI-REF-1";
-    });
+    auto data = std::make_shared<UPIResponse::Data>();
+    fillUpiPayment(*data);
+    auto &ref = *(data->upiTxnRefNumber = std::make_shared<UPIResponse::UpiTxnRefNumber>());
+    ref.version = 1;
+    ref.idType = "UPI";
+    ref.idValue = 1234567890123;
+    ref.mode = "C";
+    ref.modeData = -7;
+    ref.additionalInfo = int64Max;
+    ref.timeStamp = 1714550400000;
+    ref.checkDigit = 9;
+    ref.prefix = "KV";
+    ref.originalNum = int64Min;
+    ref.base32Num = "ABC234";
+    ref.txnRefNum = "KV1714";
+    return data;
 }
 
 std::shared_ptr<UPIStatus> builtUpiStatus()
 {
-    return build<UPIStatus>([](auto &status) {
-        fillEnvelope(status);
-        status.data = builtUpiStatusData();
-    });
+    auto status = std::make_shared<UPIStatus>();
+    fillEnvelope(*status);
+    status->data = std::make_shared<UPIStatus::Data>();
+    fillUpiPayment(*status->data);
+    status->data->upiTxnRefNumber = "UPI-REF-1";
+    return status;
 }
 
 } // namespace kovena::fixtures

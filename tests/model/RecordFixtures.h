@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <ostream>
+#include <type_traits>
 
 // Readable QString values in test failure messages.
 inline void PrintTo(const QString &text, std::ostream *os)
@@ -24,18 +25,23 @@ inline JsonValue json(const char *text)
     return JsonValue::parse(text);
 }
 
+// Builds a Record from `value` through whichever argument its constructor takes.
+template<class Record> std::shared_ptr<Record> read(const JsonValue &value)
+{
+    if constexpr (std::is_pointer_v<typename Record::Argument>)
+        return Record::fromDictionary(&value);
+    else
+        return Record::fromDictionary(value);
+}
+
 JsonValue fullStatusReply();
 JsonValue fullUpiResponseReply();
-JsonValue fullTxnRefNumber();
 JsonValue fullUpiResponseData();
 JsonValue fullUpiStatusReply();
 
 std::shared_ptr<TransactionStatus> builtStatus();
-std::shared_ptr<TransactionStatus::Data> builtStatusData();
 std::shared_ptr<UPIResponse> builtUpiResponse();
-std::shared_ptr<UPIResponse::UpiTxnRefNumber> builtTxnRefNumber();
 std::shared_ptr<UPIResponse::Data> builtUpiResponseData();
 std::shared_ptr<UPIStatus> builtUpiStatus();
-std::shared_ptr<UPIStatus::Data> builtUpiStatusData();
 
 } // namespace kovena::fixtures
