@@ -1,0 +1,130 @@
+#include "DemoProcess.h"
+
+#include <QProcessEnvironment>
+
+#include <climits>
+
+namespace kovena::e2e {
+namespace {
+
+QString field(const nlohmann::ordered_json &object, const char *key)
+{
+    const auto it = object.find(key);
+    return it != object.end() && it->is_string() ? QString::fromStdString(it->get<std::string>()) : QString();
+}
+
+QStringList eventTexts(const std::vector<nlohmann::ordered_json> &events, const char *kind, const char *key)
+{
+    QStringList texts;
+    for (const auto &event : events) {
+        if (event.value("event", "") == kind)
+            texts << field(event, key);
+    }
+    return texts;
+}
+
+} // namespace
+
+std::vector<nlohmann::ordered_json> DemoRun::callbacks() const
+{
+    std::vector<nlohmann::ordered_json> records;
+    for (const auto &event : events) {
+        if (event.value("event", "") == "onTransactionComplete")
+            records.push_back(event.value("transactionStatus", nlohmann::ordered_json()));
+    }
+    return records;
+}
+
+std::vector<long long> DemoRun::paymentStatuses() const
+{
+    std::vector<long long> statuses;
+    for (const auto &record : callbacks()) {
+        const auto data
+            = record.is_object() ? record.value("data", nlohmann::ordered_json()) : nlohmann::ordered_json();
+        const auto it = data.is_object() ? data.find("paymentStatus") : data.end();
+        statuses.push_back(it != data.end() && it->is_number_integer() ? it->get<long long>() : LLONG_MIN);
+    }
+    return statuses;
+}
+
+QStringList DemoRun::descriptions() const
+{
+    QStringList texts;
+    for (const auto &record : callbacks()) {
+        const auto data
+            = record.is_object() ? record.value("data", nlohmann::ordered_json()) : nlohmann::ordered_json();
+        texts << (data.is_object() ? field(data, "description") : QString());
+    }
+    return texts;
+}
+
+QStringList DemoRun::toasts() const
+{
+    return eventTexts(events, "toast", "message");
+}
+
+QStringList DemoRun::screens() const
+{
+    return eventTexts(events, "screen", "name");
+}
+
+std::string DemoRun::transcript() const
+{
+    std::string text = "exit: ";
+    text += !finished ? "still running at the limit"
+                      : (exitStatus == QProcess::CrashExit ? "crashed" : "code " + std::to_string(exitCode));
+    text += "\n--- stdout\n";
+    for (const auto &event : events)
+        text += event.dump() + '\n';
+    for (const QString &line : malformedLines)
+        text += "(not an event) " + line.toStdString() + '\n';
+    text += "--- stderr (last 4000 characters)\n" + standardError.right(4000).toStdString();
+    return text;
+}
+
+DemoRun runDemo(const QStringList &arguments, int limitMs)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("QTWEBENGINE_DISABLE_SANDBOX"), QStringLiteral("1"));
+    process.setProcessEnvironment(environment);
+    process.setProgram(QStringLiteral(KOVENA_DEMO_EXE));
+    process.setArguments(arguments);
+    process.start();
+
+    DemoRun run;
+    if (!process.waitForStarted(10000)) {
+        run.standardError = QStringLiteral("could not start ") + process.program() + QStringLiteral(": ")
+            + process.errorString();
+        return run;
+    }
+    run.finished = process.waitForFinished(limitMs);
+    if (!run.finished) {
+        process.kill();
+        process.waitForFinished(5000);
+    } else {
+        run.exitStatus = process.exitStatus();
+        run.exitCode = process.exitCode();
+    }
+
+    const QList<QByteArray> lines = process.readAllStandardOutput().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.isEmpty())
+            continue;
+        auto event = nlohmann::ordered_json::parse(line.constBegin(), line.constEnd(), nullptr, false);
+        if (event.is_discarded() || !event.is_object() || !event.contains("event"))
+            run.malformedLines << QString::fromUtf8(line);
+        else
+            run.events.push_back(std::move(event));
+    }
+    run.standardError = QString::fromUtf8(process.readAllStandardError());
+    return run;
+}
+
+DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs)
+{
+    return runDemo(QStringList { QStringLiteral("--headless") } + arguments, limitMs);
+}
+
+} // namespace kovena::e2e

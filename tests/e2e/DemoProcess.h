@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+#include <nlohmann/json.hpp>
+
+#include <vector>
+
+namespace kovena::e2e {
+
+// One run of the built kovena-demo, and what it printed.
+struct DemoRun
+{
+    bool finished = false; // false: still running at the limit, and killed
+    QProcess::ExitStatus exitStatus = QProcess::NormalExit;
+    int exitCode = -1;
+    std::vector<nlohmann::ordered_json> events; // stdout, one object per line
+    QStringList malformedLines; // stdout lines that are not a JSON object with "event"
+    QString standardError;
+
+    bool exitedWith(int code) const
+    {
+        return finished && exitStatus == QProcess::NormalExit && exitCode == code;
+    }
+    // Ended by a signal (abort) or a non-zero exit code.
+    bool failed() const { return finished && (exitStatus == QProcess::CrashExit || exitCode != 0); }
+
+    std::vector<nlohmann::ordered_json> callbacks() const; // the transactionStatus objects
+    std::vector<long long> paymentStatuses() const; // data.paymentStatus of each callback
+    QStringList descriptions() const; // data.description of each callback
+    QStringList toasts() const;
+    QStringList screens() const;
+    // Everything the run printed, for failure messages.
+    std::string transcript() const;
+};
+
+// Runs `kovena-demo --headless <arguments>` and waits for it to end (at most `limitMs`).
+DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs = 90000);
+// Runs kovena-demo with exactly these arguments.
+DemoRun runDemo(const QStringList &arguments, int limitMs = 90000);
+
+} // namespace kovena::e2e
