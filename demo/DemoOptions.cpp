@@ -11,14 +11,14 @@ using namespace Qt::StringLiterals;
 namespace kovena::demo {
 namespace {
 
-struct OptionSpec
+struct OptionDef
 {
     const char *name;
     const char *valueName; // nullptr: a switch
     const char *description;
 };
 
-constexpr OptionSpec kOptions[] = {
+constexpr OptionDef kOptions[] = {
     { "headless", nullptr, "Run one scripted flow offscreen and print one JSON event per line." },
     { "server", "URL", "Backend base URL ending in /KoVena/ (default: an in-process sandbox)." },
     { "record", "FILE", "Append every request the in-process sandbox receives to FILE." },
@@ -74,10 +74,10 @@ ParseOutcome parseDemoOptions(const QStringList &arguments)
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
-    for (const OptionSpec &spec : kOptions) {
-        QCommandLineOption option(QString::fromLatin1(spec.name), QString::fromLatin1(spec.description));
-        if (spec.valueName)
-            option.setValueName(QString::fromLatin1(spec.valueName));
+    for (const OptionDef &def : kOptions) {
+        QCommandLineOption option(QString::fromLatin1(def.name), QString::fromLatin1(def.description));
+        if (def.valueName)
+            option.setValueName(QString::fromLatin1(def.valueName));
         parser.addOption(option);
     }
 
