@@ -22,20 +22,16 @@ public:
     ApiManager() = delete;
 
     static DataTaskPtr getTransactionStatus(std::shared_ptr<TransactionStatusCallback> callback,
-                                            const QString &kovenaTransactionId,
-                                            const QString &transactionRefNumber);
+        const QString &kovenaTransactionId, const QString &transactionRefNumber);
 
     static DataTaskPtr payUPICollect(std::shared_ptr<UPICalback1> callback,
-                                     const std::optional<QString> &merchantTransactionRefNumber,
-                                     const QString &amount,
-                                     const std::optional<QString> &collectorId);
+        const std::optional<QString> &merchantTransactionRefNumber, const QString &amount,
+        const std::optional<QString> &collectorId);
 
     static DataTaskPtr payUPICollectByVPA(std::shared_ptr<UPICalback1> callback,
-                                          const std::optional<QString> &kovenaTransactionId,
-                                          const std::optional<QString> &transactionRefNum,
-                                          const std::optional<QString> &amount,
-                                          const std::optional<QString> &virtualAddress,
-                                          const QString &collectorId);
+        const std::optional<QString> &kovenaTransactionId, const std::optional<QString> &transactionRefNum,
+        const std::optional<QString> &amount, const std::optional<QString> &virtualAddress,
+        const QString &collectorId);
 
     // Points the client at another backend (a local sandbox, a staging host). Must be called
     // before the first request; returns false (and changes nothing) afterwards or when `url`

@@ -34,8 +34,9 @@ class PaymentCallback
 {
 public:
     virtual ~PaymentCallback() = default;
-    virtual void getPaymentParams(const QString &url, const QString &postParams,
-                                  const QString &kovenaTransactionId) = 0;
+    virtual void getPaymentParams(
+        const QString &url, const QString &postParams, const QString &kovenaTransactionId)
+        = 0;
 };
 
 } // namespace kovena

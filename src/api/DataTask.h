@@ -13,7 +13,7 @@ namespace kovena {
 struct DataTaskResult
 {
     std::optional<QByteArray> body; // absent on error or when the reply had no body
-    std::optional<QString> error;   // transport error, timeout or cancellation
+    std::optional<QString> error; // transport error, timeout or cancellation
 };
 
 // A running request. Completes exactly once, on the session thread: with the reply, with a

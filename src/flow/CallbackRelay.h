@@ -12,11 +12,12 @@ namespace kovena {
 // calls that arrive later (a reply to a cancelled request) are dropped. Calls reach the
 // screen on the session thread, under the relay's lock, so the screen cannot be destroyed
 // while one of its callback methods runs.
-template<class Screen>
-class CallbackRelay final : public TransactionStatusCallback, public UPICalback1
+template<class Screen> class CallbackRelay final : public TransactionStatusCallback, public UPICalback1
 {
 public:
-    explicit CallbackRelay(Screen *screen) : m_screen(screen) {}
+    explicit CallbackRelay(Screen *screen)
+        : m_screen(screen)
+    { }
 
     void detach()
     {

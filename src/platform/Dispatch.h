@@ -21,14 +21,16 @@ public:
 
 private:
     std::function<void()> m_block;
-    std::atomic<bool> m_cancelled{false};
+    std::atomic<bool> m_cancelled { false };
 };
 
 // A dispatch queue: a thin handle over the scheduler for one queue kind.
 class DispatchQueue
 {
 public:
-    explicit DispatchQueue(QueueKind kind) : m_kind(kind) {}
+    explicit DispatchQueue(QueueKind kind)
+        : m_kind(kind)
+    { }
     QueueKind kind() const { return m_kind; }
 
     void async(std::function<void()> block) const;
@@ -41,7 +43,7 @@ private:
 };
 
 namespace dispatch {
-DispatchQueue main();   // the GUI thread
+DispatchQueue main(); // the GUI thread
 DispatchQueue global(); // the background pool
 bool isMainThread();
 } // namespace dispatch

@@ -43,7 +43,7 @@ private:
 
     mutable QMutex m_mutex;
     std::vector<Entry> m_entries;
-    std::chrono::milliseconds m_now{0};
+    std::chrono::milliseconds m_now { 0 };
     std::uint64_t m_seq = 0;
 };
 

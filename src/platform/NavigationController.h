@@ -16,9 +16,9 @@ namespace kovena {
 // A layer transition, as a screen asks for it before a push without the standard animation.
 struct Transition
 {
-    double duration = 0.0;   // seconds
-    QString type;            // "moveIn"
-    QString subtype;         // "fromTop"
+    double duration = 0.0; // seconds
+    QString type; // "moveIn"
+    QString subtype; // "fromTop"
 };
 
 // A stack of screens under a navigation bar, with push and pop. Calls the lifecycle methods
@@ -48,7 +48,7 @@ public:
     void appear();
     void disappear();
 
-    QPushButton *backButton() const { return m_backButton; }   // object name "navBackButton"
+    QPushButton *backButton() const { return m_backButton; } // object name "navBackButton"
     QPushButton *rightButton() const { return m_rightButton; } // object name "navRightButton"
     void refreshNavigationBar();
 

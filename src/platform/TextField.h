@@ -13,8 +13,9 @@ public:
     virtual ~TextFieldDelegate() = default;
     // `start`/`length`: the range of the current text that is replaced (in UTF-16 units);
     // `replacement`: the new text for it (empty for a deletion).
-    virtual bool textFieldShouldChangeCharacters(TextField *field, int start, int length,
-                                                 const QString &replacement) = 0;
+    virtual bool textFieldShouldChangeCharacters(
+        TextField *field, int start, int length, const QString &replacement)
+        = 0;
 };
 
 // A line edit that routes every user edit (typing, deletion, paste, input method) through

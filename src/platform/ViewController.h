@@ -18,7 +18,7 @@ class ViewController;
 struct BarButtonItem
 {
     QString title;
-    QColor background;            // invalid: the bar's default look
+    QColor background; // invalid: the bar's default look
     std::function<void()> action; // runs on touch-up
 };
 
@@ -27,7 +27,7 @@ struct NavigationItem
 {
     QString title;
     bool hidesBackButton = false;
-    bool hasBackItem = true;          // false once the screen removed or replaced its back item
+    bool hasBackItem = true; // false once the screen removed or replaced its back item
     std::optional<BarButtonItem> rightBarButtonItem;
 };
 
@@ -50,7 +50,7 @@ public:
     explicit ViewController(QWidget *parent = nullptr);
     ~ViewController() override;
 
-    virtual void viewDidLoad() {}
+    virtual void viewDidLoad() { }
     virtual void viewWillAppear(bool animated) { Q_UNUSED(animated) }
     virtual void viewDidAppear(bool animated) { Q_UNUSED(animated) }
     virtual void viewWillDisappear(bool animated) { Q_UNUSED(animated) }

@@ -21,8 +21,12 @@ const QString &required(const std::optional<QString> &value, const char *whatIsM
     return *value;
 }
 
-NavigatorController *instantiateNavigator(Storyboard &storyboard)
+// Opens the storyboard, logs the token line and instantiates the flow's root controller: the
+// first three steps of both entry points.
+NavigatorController *instantiateNavigator(const QString &accessToken)
 {
+    Storyboard &storyboard = mainKovenaStoryboard();
+    qCDebug(lcKovena).noquote().nospace() << "---Merchant Access Token" << accessToken;
     auto *navigator = qobject_cast<NavigatorController *>(storyboard.instantiateInitialViewController());
     if (!navigator)
         fatalError("the storyboard MainKovena has no NavigatorController as its initial scene");
@@ -51,9 +55,7 @@ void KovenaSDK::kovenaInit(QWidget *merchantVC, const QString &appName, const st
     const std::optional<QString> &customerMobNum, const std::optional<QString> &customerEmail,
     const QString &requestId, const QString &paymentMode)
 {
-    Storyboard &storyboard = mainKovenaStoryboard();
-    qCDebug(lcKovena).noquote().nospace() << "---Merchant Access Token" << accessToken;
-    NavigatorController *navigator = instantiateNavigator(storyboard);
+    NavigatorController *navigator = instantiateNavigator(accessToken);
 
     CheckoutParams &params = navigator->checkoutParams;
     params.accessToken = accessToken;
@@ -81,9 +83,7 @@ void KovenaSDK::kovenaInit(QWidget *merchantVC, const QString &appName, const st
 void KovenaSDK::kovenaStatusInit(QWidget *merchantVC, const QString &kovenaTransactionId,
     const std::optional<QString> &orderId, const QString &accessToken)
 {
-    Storyboard &storyboard = mainKovenaStoryboard();
-    qCDebug(lcKovena).noquote().nospace() << "---Merchant Access Token" << accessToken;
-    NavigatorController *navigator = instantiateNavigator(storyboard);
+    NavigatorController *navigator = instantiateNavigator(accessToken);
 
     CheckoutParams &params = navigator->checkoutParams;
     params.isStatusClicked = true;
