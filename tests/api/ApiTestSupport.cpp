@@ -5,7 +5,7 @@
 #include "platform/UserDefaults.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
+#include <QTest>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -54,18 +54,6 @@ void resetBackendAndDefaults()
     defaults.setString(QStringLiteral("requestId"), QStringLiteral("REQ-1"));
 }
 
-bool waitUntil(const std::function<bool()> &done)
-{
-    QDeadlineTimer deadline(10000);
-    while (!done()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        QThread::msleep(1);
-    }
-    return true;
-}
-
 void flushSessionThread()
 {
     auto done = std::make_shared<std::atomic<bool>>(false);
@@ -73,7 +61,7 @@ void flushSessionThread()
     auto task
         = UrlSession::shared()->dataTask(request, std::nullopt, [done](DataTaskResult) { *done = true; });
     task->cancel(); // completes through a block queued behind everything already there
-    EXPECT_TRUE(waitUntil([&] { return done->load(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return done->load(); }, kWaitMs));
 }
 
 JsonValue bodyOf(const sandbox::RecordedRequest &request)
@@ -91,7 +79,7 @@ void Recorder::add(Call call)
 
 bool Recorder::waitForCallback()
 {
-    const bool arrived = waitUntil([&] { return !calls().empty(); });
+    const bool arrived = QTest::qWaitFor([&] { return !calls().empty(); }, kWaitMs);
     flushSessionThread();
     return arrived;
 }

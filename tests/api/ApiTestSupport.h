@@ -21,7 +21,8 @@ sandbox::Sandbox &backend();
 // "retry" (false) and "requestId".
 void resetBackendAndDefaults();
 // Waits, processing Qt events, until `done` holds; false if it never does within 10 s.
-bool waitUntil(const std::function<bool()> &done);
+// How long a test waits for a reply before it fails.
+inline constexpr int kWaitMs = 10000;
 // Returns once every block queued on the session thread so far has run.
 void flushSessionThread();
 JsonValue bodyOf(const sandbox::RecordedRequest &request);

@@ -4,6 +4,8 @@
 #include "api/SessionDataTask.h"
 #include "api/UrlSession.h"
 
+#include <QTest>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -79,7 +81,7 @@ TEST(SessionTask, CancelledBeforeResumeNeverReachesTheServer)
         });
     task->cancel();
     task->resume();
-    ASSERT_TRUE(waitUntil([&] { return completions.load() > 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions.load() > 0; }, kWaitMs));
     exchange(statusRequest, { 200, kSuccess });
     EXPECT_EQ(completions.load(), 1);
     EXPECT_EQ(error, SessionDataTask::cancelledError());

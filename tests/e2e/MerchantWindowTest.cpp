@@ -7,7 +7,6 @@
 
 #include <QAction>
 #include <QComboBox>
-#include <QDeadlineTimer>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -17,17 +16,6 @@
 
 namespace kovena::demo {
 namespace {
-
-template<class Condition> bool waitUntil(Condition condition, int limitMs)
-{
-    QDeadlineTimer deadline(limitMs);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QTest::qWait(20);
-    }
-    return true;
-}
 
 template<class T> T *child(QWidget &window, const char *name)
 {
@@ -64,7 +52,7 @@ TEST(MerchantWindow, StatusEnquiryReportsIntoTheLogAndTheStoreComesBack)
     typeInto(window, "statusOrderField", "ORD-1");
     QTest::mouseClick(child<QPushButton>(window, "statusButton"), Qt::LeftButton);
 
-    ASSERT_TRUE(waitUntil([&] { return log->toPlainText().contains("onTransactionComplete"); }, 20000))
+    ASSERT_TRUE(QTest::qWaitFor([&] { return log->toPlainText().contains("onTransactionComplete"); }, 20000))
         << log->toPlainText().toStdString();
     const QString text = log->toPlainText();
     EXPECT_TRUE(text.contains("\"paymentStatus\":1")) << text.toStdString();
@@ -83,7 +71,7 @@ TEST(MerchantWindow, StatusEnquiryReportsIntoTheLogAndTheStoreComesBack)
     mode->lineEdit()->clear();
     QTest::keyClicks(mode->lineEdit(), "4");
     QTest::mouseClick(child<QPushButton>(window, "payButton"), Qt::LeftButton);
-    ASSERT_TRUE(waitUntil([&] { return log->toPlainText().contains("PaymentOptionVC"); }, 10000))
+    ASSERT_TRUE(QTest::qWaitFor([&] { return log->toPlainText().contains("PaymentOptionVC"); }, 10000))
         << log->toPlainText().toStdString();
     EXPECT_NE(window.centralWidget(), window.merchantScreen());
 }

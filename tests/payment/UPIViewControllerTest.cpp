@@ -13,6 +13,7 @@
 #include "platform/UserDefaults.h"
 #include "sandbox/Sandbox.h"
 #include "sdk/KovenaCallback.h"
+#include "support/TestMerchant.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -75,19 +76,6 @@ private:
     std::atomic<int> m_fromOtherThreads { 0 };
 };
 
-class Merchant : public QWidget, public KovenaCallback
-{
-public:
-    using QWidget::QWidget;
-    void onTransactionComplete(std::shared_ptr<TransactionStatus> transactionStatus) override
-    {
-        reports.push_back(std::move(transactionStatus));
-        onMainThread = onMainThread && dispatch::isMainThread();
-    }
-    std::vector<std::shared_ptr<TransactionStatus>> reports;
-    bool onMainThread = true;
-};
-
 class UpiScreenTest : public ::testing::Test
 {
 protected:
@@ -111,7 +99,8 @@ protected:
         reference = u"ORD-UPI-%1"_s.arg(++serial);
 
         window.resize(375, 667);
-        merchant = new Merchant(&window);
+        merchant = new testing::TestMerchant;
+        merchant->setParent(&window);
         nav = new NavigationController;
         screen = new UPIViewController;
         screen->amount = u"249.50"_s;
@@ -197,7 +186,7 @@ protected:
     CountingScheduler counting { clock };
     ScopedScheduler scoped { counting };
     QWidget window;
-    QPointer<Merchant> merchant;
+    QPointer<testing::TestMerchant> merchant;
     QPointer<NavigationController> nav;
     QPointer<UPIViewController> screen;
     QString reference;
@@ -276,18 +265,19 @@ TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnc
         ASSERT_TRUE(answer(static_cast<int>(3 + k)));
     }
 
-    ASSERT_EQ(merchant->reports.size(), 1u);
-    const auto &reported = merchant->reports[0];
+    const auto calls = merchant->calls();
+    ASSERT_EQ(calls.size(), 1u);
+    const auto &reported = calls[0].record;
     ASSERT_TRUE(reported && reported->data);
     EXPECT_EQ(reported->data->paymentStatus, row.paymentStatus);
     EXPECT_EQ(reported->data->description, QString::fromUtf8(row.description));
-    EXPECT_TRUE(merchant->onMainThread);
+    EXPECT_TRUE(calls[0].onMainThread);
 
     const DataTaskPtr last = screen->task;
     clock.advance(120000ms);
     EXPECT_EQ(screen->task, last) << "polling went on after the final status";
     EXPECT_EQ(clock.pendingCount(), 0);
-    EXPECT_EQ(merchant->reports.size(), 1u);
+    EXPECT_EQ(merchant->callCount(), 1u);
     EXPECT_EQ(bodiesTo(kRegisterPath).size(), 1u);
     EXPECT_TRUE(toasts().isEmpty());
 }
@@ -338,7 +328,7 @@ TEST_P(UpiRejectTest, TheCustomerIsToldAndIsBackAtTheFormIntact)
     EXPECT_EQ(screen->pollingState(), UpiPolling::State::Idle);
     EXPECT_EQ(screen->tfUpiId->text(), QString::fromUtf8(row.vpa));
     EXPECT_EQ(screen->virtualAddress, QString::fromUtf8(row.vpa));
-    EXPECT_TRUE(merchant->reports.empty());
+    EXPECT_EQ(merchant->callCount(), 0u);
     EXPECT_EQ(bodiesTo(kCollectPath).size(), row.answers == 2 ? 1u : 0u);
     if (row.answers == 0)
         return;
@@ -415,7 +405,7 @@ TEST_P(UpiPollingEndTest, PollingEndsAfterAtMostOneMoreAnswerWithoutAReport)
         clock.advance(120000ms);
     }
     EXPECT_EQ(clock.pendingCount(), 0);
-    EXPECT_TRUE(merchant->reports.empty());
+    EXPECT_EQ(merchant->callCount(), 0u);
     EXPECT_EQ(bodiesTo(kStatusPath).size(), row.oneMoreEnquiry ? 2u : 1u);
     if (row.offline) {
         EXPECT_EQ(toasts(), QStringList { u"No Network"_s }) << "one notice only";
@@ -455,7 +445,7 @@ TEST_P(UpiCancelInFlightTest, CancelAsksFirstAndProceedEndsThePaymentWithOneRepo
     EXPECT_EQ(nav->rightButton()->text(), u"Cancel"_s);
 
     confirmCancel(u"Cancel"_s);
-    EXPECT_TRUE(merchant->reports.empty());
+    EXPECT_EQ(merchant->callCount(), 0u);
     EXPECT_EQ(nav->topViewController(), screen.data());
 
     confirmCancel(u"Proceed"_s);
@@ -466,9 +456,7 @@ TEST_P(UpiCancelInFlightTest, CancelAsksFirstAndProceedEndsThePaymentWithOneRepo
     clock.runDue();
     clock.advance(120000ms);
 
-    ASSERT_EQ(merchant->reports.size(), 1u);
-    EXPECT_EQ(merchant->reports[0]->data->paymentStatus, -1);
-    EXPECT_EQ(merchant->reports[0]->data->description, u"Cancelled"_s);
+    EXPECT_EQ(merchant->statuses(), QStringList { u"-1 Cancelled"_s });
     EXPECT_TRUE(bodiesTo(kStatusPath).empty());
     EXPECT_TRUE(toasts().isEmpty());
     EXPECT_EQ(clock.pendingCount(), 0);
