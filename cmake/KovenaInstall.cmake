@@ -1,5 +1,5 @@
-# Installs the library as the CMake package "Kovena": the static libraries kovena_logic and
-# kovena_screens, the INTERFACE target a merchant links (Kovena::Kovena), the public headers
+# Installs the library as the CMake package "Kovena": the static libraries of the three layers
+# (kovena_logic, kovena_screens, kovena_bankpage), the facade a merchant links (Kovena::Kovena), the public headers
 # under include/kovena/ in their folders, and KovenaConfig.cmake with its version file.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -9,13 +9,14 @@ set(_kovena_src ${PROJECT_SOURCE_DIR}/src)
 
 set_target_properties(kovena_logic PROPERTIES EXPORT_NAME logic)
 set_target_properties(kovena_screens PROPERTIES EXPORT_NAME screens)
+set_target_properties(kovena_bankpage PROPERTIES EXPORT_NAME bankpage)
 set_target_properties(kovena PROPERTIES EXPORT_NAME Kovena)
 
 # Everything the merchant's link needs: the three targets, any other library of this project
 # they link (a layer added later goes into the package with them), and the outside packages
 # their links name.
 set(_kovena_targets)
-set(_kovena_pending kovena kovena_screens kovena_logic)
+set(_kovena_pending kovena kovena_bankpage kovena_screens kovena_logic)
 set(_kovena_qt_components Core Network Gui Widgets)
 set(_kovena_needs_threads OFF)
 while(_kovena_pending)

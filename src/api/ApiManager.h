@@ -9,6 +9,8 @@
 
 namespace kovena {
 
+class GetNBListCallback;
+class PaymentCallback;
 class TransactionStatusCallback;
 class UPICalback1;
 
@@ -32,6 +34,21 @@ public:
         const std::optional<QString> &kovenaTransactionId, const std::optional<QString> &transactionRefNum,
         const std::optional<QString> &amount, const std::optional<QString> &virtualAddress,
         const QString &collectorId);
+
+    // Registers a card payment; answers with the bank page's address, its form body and the
+    // backend's transaction id, or three empty strings.
+    static DataTaskPtr payCard(std::shared_ptr<PaymentCallback> callback,
+        const QString &merchantTransactionRefNumber, const QString &cardNumber, const QString &cardName,
+        const QString &cardExpiryMonth, const QString &cardExpiryYear, const QString &cvv,
+        const QString &amount, const QString &collectorId);
+
+    // Registers a net-banking payment with the bank `netbankingId`; answers as payCard().
+    static DataTaskPtr payNB(std::shared_ptr<PaymentCallback> callback,
+        const QString &merchantTransactionRefNumber, const QString &netbankingId, const QString &amount,
+        const QString &collectorId);
+
+    // The banks that offer net banking, in the backend's order; an empty list on failure.
+    static DataTaskPtr callApiNBList(std::shared_ptr<GetNBListCallback> callback);
 
     // Points the client at another backend (a local sandbox, a staging host). Must be called
     // before the first request; returns false (and changes nothing) afterwards or when `url`

@@ -39,4 +39,11 @@ public:
         = 0;
 };
 
+class GetNBListCallback
+{
+public:
+    virtual ~GetNBListCallback() = default;
+    virtual void getNBList(QList<std::shared_ptr<BankNBData>> bankList) = 0;
+};
+
 } // namespace kovena

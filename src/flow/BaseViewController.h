@@ -1,6 +1,7 @@
 #pragma once
 
 #include "flow/LoaderUI.h"
+#include "platform/ToastPresenter.h"
 #include "platform/ViewController.h"
 
 #include <QPointer>
@@ -11,7 +12,7 @@ namespace kovena {
 
 // The base of every library screen: tap to dismiss the keyboard, the "Done" keyboard bar,
 // the loading overlay and the toast.
-class BaseViewController : public ViewController
+class BaseViewController : public ViewController, public ToastPresenter
 {
     Q_OBJECT
 
@@ -23,7 +24,7 @@ public:
     void addDoneButtonOnKeyboard();
     // Queue their work on the main queue; safe from any thread.
     void loadering(bool flag);
-    void showToast(const QString &message);
+    void showToast(const QString &message) override;
 
     // Adds one more tap recogniser whose action is dismissKeyboard().
     void addDismissKeyboardTap();

@@ -12,7 +12,11 @@ namespace kovena {
 // calls that arrive later (a reply to a cancelled request) are dropped. Calls reach the
 // screen on the session thread, under the relay's lock, so the screen cannot be destroyed
 // while one of its callback methods runs.
-template<class Screen> class CallbackRelay final : public TransactionStatusCallback, public UPICalback1
+template<class Screen>
+class CallbackRelay final : public TransactionStatusCallback,
+                            public UPICalback1,
+                            public PaymentCallback,
+                            public GetNBListCallback
 {
 public:
     explicit CallbackRelay(Screen *screen)
@@ -47,6 +51,24 @@ public:
             std::lock_guard lock(m_mutex);
             if (m_screen)
                 m_screen->upiCallback2(std::move(upiResponse));
+        }
+    }
+
+    void getPaymentParams(
+        const QString &url, const QString &postParams, const QString &kovenaTransactionId) override
+    {
+        if constexpr (std::is_base_of_v<PaymentCallback, Screen>) {
+            std::lock_guard lock(m_mutex);
+            if (m_screen)
+                m_screen->getPaymentParams(url, postParams, kovenaTransactionId);
+        }
+    }
+    void getNBList(QList<std::shared_ptr<BankNBData>> bankList) override
+    {
+        if constexpr (std::is_base_of_v<GetNBListCallback, Screen>) {
+            std::lock_guard lock(m_mutex);
+            if (m_screen)
+                m_screen->getNBList(std::move(bankList));
         }
     }
 

@@ -3,6 +3,7 @@
 #include "api/Constants.h"
 #include "flow/MainKovena.h"
 #include "flow/NavigatorController.h"
+#include "payment/BankPageScene.h"
 #include "platform/FatalError.h"
 #include "platform/Logging.h"
 #include "platform/Storyboard.h"
@@ -26,6 +27,7 @@ const QString &required(const std::optional<QString> &value, const char *whatIsM
 NavigatorController *instantiateNavigator(const QString &accessToken)
 {
     Storyboard &storyboard = mainKovenaStoryboard();
+    addBankPage(storyboard);
     qCDebug(lcKovena).noquote().nospace() << "---Merchant Access Token" << accessToken;
     auto *navigator = qobject_cast<NavigatorController *>(storyboard.instantiateInitialViewController());
     if (!navigator)
