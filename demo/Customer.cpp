@@ -88,4 +88,17 @@ void typeCharacter(QWidget *widget, QChar character)
     QCoreApplication::sendEvent(widget, &release);
 }
 
+void pressKey(QWidget *widget, Qt::Key key)
+{
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(widget, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(widget, &release);
+}
+
+bool loaderVisible()
+{
+    return visibleWidget(QStringLiteral("loaderContainer")) != nullptr;
+}
+
 } // namespace kovena::demo::customer

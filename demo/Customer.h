@@ -20,6 +20,10 @@ QAbstractButton *alertButton(const QString &title);
 void tap(QWidget *widget);
 // One key press and release that produces `character`.
 void typeCharacter(QWidget *widget, QChar character);
+// One press and release of a key that produces no text (arrows, Return, Escape).
+void pressKey(QWidget *widget, Qt::Key key);
+// True while a library screen shows its loading overlay: a person waits for it to go.
+bool loaderVisible();
 
 } // namespace customer
 } // namespace kovena::demo

@@ -35,13 +35,27 @@ constexpr OptionDef kOptions[] = {
     { "mode", "MODE", "Payment mode: 1 UPI, 2 card, 3 net banking (default 1)." },
     { "vpa", "VPA", "Headless, mode 1: type VPA into the UPI screen and proceed." },
     { "cancel", nullptr, "Headless: press the current screen's Cancel and confirm it." },
+    { "card", "NUMBER", "Headless, mode 2: type NUMBER into the card number field." },
+    { "card-name", "NAME", "Headless, mode 2: type NAME into the name on card." },
+    { "month", "M", "Headless, mode 2: choose M (MM, 1 to 12) from the expiry month list." },
+    { "year", "Y", "Headless, mode 2: choose Y (YYYY or a year) from the expiry year list." },
+    { "cvv", "CVV", "Headless, mode 2: type CVV into the CVV field." },
+    { "bank", "CODE", "Headless, mode 3: tap the popular bank SBIB, AXIB, HDFB, YESB, PNBB or ICIB." },
+    { "bank-index", "I", "Headless, mode 3: choose entry I (from 0) of the bank list and proceed." },
+    { "bank-page", "ACTION", "Headless, modes 2 and 3: approve, decline or leave the bank's page." },
     { "txn", "ID", "Transaction id of a status enquiry." },
 };
 
 // Options that only a checkout takes, and the ones only a scripted run takes.
-const QStringList kCheckoutOnly = { u"amount"_s, u"collector"_s, u"mobile"_s, u"email"_s, u"request-id"_s,
-    u"app-name"_s, u"mode"_s, u"vpa"_s, u"cancel"_s };
-const QStringList kHeadlessOnly = { u"vpa"_s, u"cancel"_s, u"timeout"_s };
+const QStringList kCardOptions = { u"card"_s, u"card-name"_s, u"month"_s, u"year"_s, u"cvv"_s };
+const QStringList kBankOptions = { u"bank"_s, u"bank-index"_s };
+const QStringList kCustomerOptions = kCardOptions + kBankOptions + QStringList { u"bank-page"_s };
+const QStringList kCheckoutOnly = QStringList { u"amount"_s, u"collector"_s, u"mobile"_s, u"email"_s,
+    u"request-id"_s, u"app-name"_s, u"mode"_s, u"vpa"_s, u"cancel"_s }
+    + kCustomerOptions;
+const QStringList kHeadlessOnly = QStringList { u"vpa"_s, u"cancel"_s, u"timeout"_s } + kCustomerOptions;
+// The popular banks' buttons by the code of their bank.
+const QStringList kPopularBankCodes = { u"SBIB"_s, u"AXIB"_s, u"HDFB"_s, u"YESB"_s, u"PNBB"_s, u"ICIB"_s };
 
 QString defaultOrderNo()
 {
@@ -53,6 +67,59 @@ bool isBackendUrl(const QString &text)
     const QUrl url(text, QUrl::StrictMode);
     return url.isValid() && (url.scheme() == "http"_L1 || url.scheme() == "https"_L1) && !url.host().isEmpty()
         && url.path().endsWith("/KoVena/"_L1) && !url.hasQuery() && !url.hasFragment();
+}
+
+// The card, bank and bank page options: what they need, and their values. "" when they are fine.
+QString takeCustomerOptions(const QCommandLineParser &parser, DemoOptions &o)
+{
+    const auto optional = [&parser](const QString &name) {
+        return parser.isSet(name) ? std::optional<QString>(parser.value(name)) : std::nullopt;
+    };
+    for (const QString &name : kCardOptions) {
+        if (parser.isSet(name) && o.paymentMode != "2"_L1)
+            return u"--%1 needs the card payment mode (--mode 2)"_s.arg(name);
+    }
+    for (const QString &name : kBankOptions) {
+        if (parser.isSet(name) && o.paymentMode != "3"_L1)
+            return u"--%1 needs the net banking payment mode (--mode 3)"_s.arg(name);
+    }
+    o.cardNumber = optional(u"card"_s);
+    o.cardName = optional(u"card-name"_s);
+    o.expiryMonth = optional(u"month"_s);
+    o.expiryYear = optional(u"year"_s);
+    o.cvv = optional(u"cvv"_s);
+
+    if (parser.isSet(u"bank"_s) && parser.isSet(u"bank-index"_s))
+        return u"--bank and --bank-index are two ways to choose a bank: give one"_s;
+    if (parser.isSet(u"bank"_s)) {
+        o.bankCode = parser.value(u"bank"_s);
+        if (!kPopularBankCodes.contains(*o.bankCode))
+            return u"--bank must be one of %1, not \"%2\""_s.arg(
+                kPopularBankCodes.join(u", "_s), *o.bankCode);
+    }
+    if (parser.isSet(u"bank-index"_s)) {
+        bool ok = false;
+        const int index = parser.value(u"bank-index"_s).toInt(&ok);
+        if (!ok || index < 0)
+            return u"--bank-index must be a whole number from 0, not \"%1\""_s.arg(
+                parser.value(u"bank-index"_s));
+        o.bankIndex = index;
+    }
+
+    if (parser.isSet(u"bank-page"_s)) {
+        const QString action = parser.value(u"bank-page"_s);
+        if (action == "approve"_L1)
+            o.bankPage = DemoOptions::BankPage::Approve;
+        else if (action == "decline"_L1)
+            o.bankPage = DemoOptions::BankPage::Decline;
+        else if (action == "leave"_L1)
+            o.bankPage = DemoOptions::BankPage::Leave;
+        else
+            return u"--bank-page must be approve, decline or leave, not \"%1\""_s.arg(action);
+        if (o.paymentMode != "2"_L1 && o.paymentMode != "3"_L1)
+            return u"--bank-page needs the card or net banking payment mode (--mode 2 or 3)"_s;
+    }
+    return {};
 }
 
 ParseOutcome fail(ParseOutcome outcome, const QString &error)
@@ -165,6 +232,9 @@ ParseOutcome parseDemoOptions(const QStringList &arguments)
         if (o.paymentMode != "1"_L1)
             return fail(outcome, u"--vpa needs the UPI payment mode (--mode 1)"_s);
     }
+
+    if (const QString error = takeCustomerOptions(parser, o); !error.isEmpty())
+        return fail(outcome, error);
 
     if (o.flow == DemoOptions::Flow::Status) {
         if (!parser.isSet(u"txn"_s) || !parser.isSet(u"order"_s))

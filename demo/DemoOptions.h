@@ -33,6 +33,20 @@ struct DemoOptions
     std::optional<QString> vpa;
     bool cancel = false;
 
+    // Card (mode 2): each typed key by key into its field, or chosen from its list, then Proceed.
+    std::optional<QString> cardNumber;
+    std::optional<QString> cardName;
+    std::optional<QString> expiryMonth;
+    std::optional<QString> expiryYear;
+    std::optional<QString> cvv;
+    // Net banking (mode 3): a popular bank's button by its code, or an entry of the bank list
+    // (from 0) chosen from the drop-down list, then Proceed.
+    std::optional<QString> bankCode;
+    std::optional<int> bankIndex;
+    // What the customer does on the bank's page.
+    enum class BankPage { None, Approve, Decline, Leave };
+    BankPage bankPage = BankPage::None;
+
     // Status enquiry (the order number above is its order id).
     QString kovenaTransactionId;
 };

@@ -1,5 +1,6 @@
 #include "HeadlessRun.h"
 
+#include "BankPagePlayer.h"
 #include "Customer.h"
 #include "EventPrinter.h"
 #include "MerchantScreen.h"
@@ -7,7 +8,10 @@
 #include "ScreenWatcher.h"
 
 #include <QAbstractButton>
-#include <QCoreApplication>
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QHash>
+#include <QWebEngineView>
 
 #include <cstdio>
 
@@ -57,6 +61,13 @@ void HeadlessRun::start()
     connect(m_watcher, &ScreenWatcher::screenShown, this, [this](const QString &name) {
         m_printer.print({ { "event", "screen" }, { "name", name.toStdString() } });
         noteActivity(true);
+        if (name == "PaymentViewController"_L1)
+            followBankPage();
+    });
+    m_bankPage = new BankPagePlayer(this);
+    connect(m_bankPage, &BankPagePlayer::pageLoaded, this, [this](const QString &url) {
+        m_printer.print({ { "event", "bankPage" }, { "url", url.toStdString() } });
+        noteActivity(false);
     });
     m_watcher->install();
 
@@ -82,10 +93,48 @@ void HeadlessRun::start()
 
 void HeadlessRun::planSteps()
 {
-    if (m_options.vpa) {
-        m_steps.push_back(typeIntoField(u"tfUpiId"_s, *m_options.vpa));
+    const DemoOptions &o = m_options;
+    if (o.vpa) {
+        m_steps.push_back(typeIntoField(u"tfUpiId"_s, *o.vpa));
         m_steps.push_back(tapButton(u"btnProceed"_s));
     }
+
+    const auto exactly = [](const QString &text) {
+        return [text](const QStringList &rows) { return int(rows.indexOf(text)); };
+    };
+    if (o.cardNumber)
+        m_steps.push_back(typeIntoField(u"tfCardNumber"_s, *o.cardNumber));
+    if (o.cardName)
+        m_steps.push_back(typeIntoField(u"tfCardName"_s, *o.cardName));
+    if (o.expiryMonth)
+        m_steps.push_back(
+            chooseFromList(u"btnMonth"_s, u"month "_s + *o.expiryMonth, exactly(*o.expiryMonth)));
+    if (o.expiryYear)
+        m_steps.push_back(chooseFromList(u"btnYear"_s, u"year "_s + *o.expiryYear, exactly(*o.expiryYear)));
+    if (o.cvv)
+        m_steps.push_back(typeIntoField(u"tfCvv"_s, *o.cvv));
+    if (o.cardNumber || o.cardName || o.expiryMonth || o.expiryYear || o.cvv) {
+        Step proceed = tapButton(u"btnProceed"_s);
+        // A form the screen does not accept keeps the button disabled: say so, then wait out the run.
+        proceed.giveUpAfterMs = 5000;
+        m_steps.push_back(proceed);
+    }
+
+    if (o.bankCode) {
+        static const QHash<QString, QString> buttons = { { u"SBIB"_s, u"btnSbiBank"_s },
+            { u"AXIB"_s, u"btnAxixBank"_s }, { u"HDFB"_s, u"btnHdfcBank"_s }, { u"YESB"_s, u"btnYesBank"_s },
+            { u"PNBB"_s, u"btnPnbBank"_s }, { u"ICIB"_s, u"btnIciciBank"_s } };
+        m_steps.push_back(tapButton(buttons.value(*o.bankCode)));
+    }
+    if (o.bankIndex) {
+        const int index = *o.bankIndex;
+        m_steps.push_back(chooseFromList(u"btnSelectBank"_s, u"bank %1"_s.arg(index),
+            [index](const QStringList &rows) { return index < rows.size() ? index : -1; }));
+        m_steps.push_back(tapButton(u"btnProceed1"_s));
+    }
+    if (o.bankPage != DemoOptions::BankPage::None)
+        m_steps.push_back(actOnBankPage(o.bankPage));
+
     if (m_options.cancel) {
         m_steps.push_back(pressCancel());
         m_steps.push_back(confirmAlert(u"Proceed"_s));
@@ -194,12 +243,96 @@ HeadlessRun::Step HeadlessRun::tapButton(const QString &objectName)
     step.what = u"tapped "_s + objectName;
     step.run = [objectName]() -> StepState {
         QWidget *button = customer::visibleWidget(objectName);
-        if (!button || !button->isEnabled())
+        // The loading overlay covers the screen: a person waits for it to go.
+        if (!button || !button->isEnabled() || customer::loaderVisible())
             return StepState::Waiting;
         customer::tap(button);
         return StepState::Done;
     };
     return step;
+}
+
+HeadlessRun::Step HeadlessRun::chooseFromList(
+    const QString &anchor, const QString &what, std::function<int(const QStringList &rows)> rowOf)
+{
+    Step step;
+    step.what = u"chose "_s + what;
+    auto opened = std::make_shared<bool>(false);
+    step.run = [anchor, what, rowOf, opened]() -> StepState {
+        auto *list = qobject_cast<QAbstractItemView *>(customer::visibleWidget(u"dropDownList"_s));
+        if (!list) {
+            QWidget *button = customer::visibleWidget(anchor);
+            if (*opened)
+                return StepState::Running; // the list is on its way
+            if (!button || !button->isEnabled() || customer::loaderVisible())
+                return StepState::Waiting;
+            customer::tap(button);
+            *opened = true;
+            return StepState::Running;
+        }
+        QStringList rows;
+        for (int row = 0; row < list->model()->rowCount(); ++row)
+            rows << list->model()->index(row, 0).data().toString();
+        const int target = rowOf(rows);
+        if (target < 0) {
+            diagnostic(u"the list has no "_s + what);
+            customer::pressKey(list, Qt::Key_Escape);
+            return StepState::Done;
+        }
+        // One key a tick, as a person scrolls through a list.
+        const int current = list->currentIndex().isValid() ? list->currentIndex().row() : -1;
+        if (current == target) {
+            customer::pressKey(list, Qt::Key_Return);
+            return StepState::Done;
+        }
+        customer::pressKey(list, current < target ? Qt::Key_Down : Qt::Key_Up);
+        return StepState::Running;
+    };
+    return step;
+}
+
+HeadlessRun::Step HeadlessRun::actOnBankPage(DemoOptions::BankPage action)
+{
+    Step step;
+    BankPagePlayer *page = m_bankPage;
+    switch (action) {
+    case DemoOptions::BankPage::Leave:
+        step.what = u"went back from the bank page"_s;
+        step.run = [page]() -> StepState {
+            QWidget *back = customer::visibleWidget(u"navBackButton"_s);
+            if (!page->hasPage() || !back)
+                return StepState::Waiting;
+            customer::tap(back);
+            return StepState::Done;
+        };
+        break;
+    case DemoOptions::BankPage::Approve:
+    case DemoOptions::BankPage::Decline: {
+        const QString id = action == DemoOptions::BankPage::Approve ? u"approve"_s : u"decline"_s;
+        step.what = u"pressed "_s + id + u" on the bank page"_s;
+        step.run = [page, id]() -> StepState {
+            if (!page->hasPage())
+                return StepState::Waiting;
+            return page->pressElement(id) == BankPagePlayer::Press::Pressed ? StepState::Done
+                                                                            : StepState::Running;
+        };
+        break;
+    }
+    case DemoOptions::BankPage::None:
+        break;
+    }
+    return step;
+}
+
+void HeadlessRun::followBankPage()
+{
+    // The page starts loading when the screen loads, before it shows: follow the view at once.
+    const auto widgets = QApplication::allWidgets();
+    for (QWidget *widget : widgets) {
+        auto *view = qobject_cast<QWebEngineView *>(widget);
+        if (view && view->objectName() == "webView"_L1 && view->window() == m_window.window())
+            m_bankPage->follow(view);
+    }
 }
 
 HeadlessRun::Step HeadlessRun::pressCancel()

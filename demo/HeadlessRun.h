@@ -15,6 +15,7 @@
 
 namespace kovena::demo {
 
+class BankPagePlayer;
 class EventPrinter;
 class MerchantWindow;
 class ScreenWatcher;
@@ -57,6 +58,12 @@ private:
 
     Step typeIntoField(const QString &objectName, const QString &text);
     Step tapButton(const QString &objectName);
+    // Opens the drop-down list of `anchor` and moves to the entry `rowOf` picks with the arrow
+    // keys, then chooses it with Return.
+    Step chooseFromList(
+        const QString &anchor, const QString &what, std::function<int(const QStringList &rows)> rowOf);
+    Step actOnBankPage(DemoOptions::BankPage action);
+    void followBankPage();
     Step pressCancel();
     Step confirmAlert(const QString &title);
 
@@ -64,6 +71,7 @@ private:
     EventPrinter &m_printer;
     MerchantWindow &m_window;
     ScreenWatcher *m_watcher = nullptr;
+    BankPagePlayer *m_bankPage = nullptr;
     QTimer m_ticker;
     QElapsedTimer m_clock;
     std::deque<Step> m_steps;
