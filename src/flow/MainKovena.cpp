@@ -11,8 +11,10 @@
 #include "platform/Logging.h"
 #include "platform/Storyboard.h"
 
+#include <QFile>
 #include <QFont>
 #include <QFontDatabase>
+#include <QPixmap>
 
 #include <mutex>
 
@@ -30,6 +32,8 @@ namespace {
 
 const QString kFontName = u"Montserrat-Light"_s;
 const QString kFontFamily = u"Montserrat"_s;
+const QString kImageFolder = u":/kovena/icons/"_s;
+constexpr qreal kImageScale = 2.0;
 
 Storyboard buildMainKovena()
 {
@@ -82,6 +86,25 @@ QFont kovenaFont(double pointSize)
     font.setWeight(QFont::Light);
     font.setPointSizeF(pointSize);
     return font;
+}
+
+QPixmap kovenaImage(const QString &fileName)
+{
+    // "" is how callers say "no image" (a card number of no known scheme).
+    if (fileName.isEmpty())
+        return {};
+    registerKovenaResources();
+    // The exact name of a file in the image folder: nothing outside it is reachable through
+    // this, and no other name (the image reader would also try "name" plus an extension) works.
+    const QString path = kImageFolder + fileName;
+    QPixmap image;
+    if (!fileName.contains(u'/') && QFile::exists(path))
+        image.load(path);
+    if (image.isNull())
+        qCWarning(lcFlow) << "no bundled image is named" << fileName;
+    else
+        image.setDevicePixelRatio(kImageScale);
+    return image;
 }
 
 } // namespace kovena

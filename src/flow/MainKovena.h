@@ -1,6 +1,8 @@
 #pragma once
 
 class QFont;
+class QPixmap;
+class QString;
 
 namespace kovena {
 
@@ -14,5 +16,8 @@ Storyboard &mainKovenaStoryboard();
 void registerKovenaResources();
 // The library's font at `pointSize`.
 QFont kovenaFont(double pointSize);
+// A bundled image by its file name (the card scheme icons, "ci_visa.png", ...), sized for the
+// screen: the files are drawn at twice their on-screen size. Null for "" or an unknown name.
+QPixmap kovenaImage(const QString &fileName);
 
 } // namespace kovena
