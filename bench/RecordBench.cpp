@@ -1,5 +1,5 @@
 // Reading and writing the reply records: a full status reply (every field of TransactionStatus and its
-// 27 data fields) and the UPI collect reply, from bytes to record and back.
+// 27 data fields), the UPI collect reply and the bank list, from bytes to record and back.
 #include "RecordFixtures.h"
 
 #include <benchmark/benchmark.h>
@@ -40,6 +40,7 @@ template<class Record> void writeText(benchmark::State &state, const Record &rec
 auto readStatus = [](const JsonValue &v) { return TransactionStatus::fromDictionary(&v); };
 auto readUpiResponse = [](const JsonValue &v) { return UPIResponse::fromDictionary(&v); };
 auto readUpiData = [](const JsonValue &v) { return UPIResponse::Data::fromDictionary(v); };
+auto readBankList = [](const JsonValue &v) { return BankNB::fromDictionary(v); };
 
 void BM_StatusReply_ParseText(benchmark::State &state)
 {
@@ -76,6 +77,16 @@ void BM_UpiResponseData_WriteText(benchmark::State &state)
     writeText(state, *fixtures::builtUpiResponseData());
 }
 
+// The net banking screen's picker: a reply with a couple of hundred banks.
+void BM_BankList_ParseText(benchmark::State &state)
+{
+    JsonValue reply = fixtures::fullBankListReply();
+    const JsonValue bank = reply["data"][0];
+    for (int i = 0; i < 200; ++i)
+        reply["data"].push_back(bank);
+    parseText(state, reply, readBankList);
+}
+
 } // namespace
 
 BENCHMARK(BM_StatusReply_ParseText);
@@ -85,3 +96,4 @@ BENCHMARK(BM_UpiResponse_ParseText);
 BENCHMARK(BM_UpiResponse_WriteText);
 BENCHMARK(BM_UpiResponseData_ParseText);
 BENCHMARK(BM_UpiResponseData_WriteText);
+BENCHMARK(BM_BankList_ParseText);

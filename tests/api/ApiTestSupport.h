@@ -5,6 +5,7 @@
 #include "api/JsonValue.h"
 #include "sandbox/Sandbox.h"
 
+#include <QList>
 #include <QString>
 
 #include <functional>
@@ -28,17 +29,22 @@ void flushSessionThread();
 JsonValue bodyOf(const sandbox::RecordedRequest &request);
 
 // Records the client's callbacks and, while a LogCapture is alive, its diagnostics, in order.
-class Recorder final : public TransactionStatusCallback, public UPICalback1
+class Recorder final : public TransactionStatusCallback,
+                       public UPICalback1,
+                       public PaymentCallback,
+                       public GetNBListCallback
 {
 public:
     struct Call
     {
-        std::string kind; // "status", "upi1", "upi2"; "log" or "debug" for a diagnostic line
+        // "status", "upi1", "upi2", "params", "banks"; "log" or "debug" for a diagnostic line
+        std::string kind;
         bool onSessionThread = false;
         bool onMainThread = false;
-        QString first {}, second {}; // upi1's strings, or the diagnostic text
+        QString first {}, second {}, third {}; // upi1's or params' strings, or the diagnostic text
         std::shared_ptr<TransactionStatus> status {};
         std::shared_ptr<UPIResponse> upi {};
+        QList<std::shared_ptr<BankNBData>> banks {};
         bool isCallback() const { return kind != "log" && kind != "debug"; }
     };
 
@@ -51,6 +57,14 @@ public:
         add({ .kind = "upi1", .first = id, .second = ref });
     }
     void upiCallback2(std::shared_ptr<UPIResponse> upi) override { add({ .kind = "upi2", .upi = upi }); }
+    void getPaymentParams(const QString &url, const QString &postParams, const QString &id) override
+    {
+        add({ .kind = "params", .first = url, .second = postParams, .third = id });
+    }
+    void getNBList(QList<std::shared_ptr<BankNBData>> bankList) override
+    {
+        add({ .kind = "banks", .banks = std::move(bankList) });
+    }
     void add(Call call);
 
     // Waits for one callback, then lets the session thread run past it so that a second call
@@ -89,6 +103,22 @@ inline constexpr Request paymentRequest {
 inline constexpr Request collectRequest {
     "v1/sdk/sendCollectOrSMS",
     [](auto cb) { return ApiManager::payUPICollectByVPA(cb, "42", {}, "1.00", "a@upi", "1001"); },
+};
+// The card's details are the ones no log line may show.
+inline constexpr const char *kCardNumber = "4111111111111111", *kCardName = "ASHA KUMAR", *kCvv = "739";
+inline constexpr Request cardRequest {
+    "v1/sdk/payForService",
+    [](auto cb) {
+        return ApiManager::payCard(cb, "ORD-1", kCardNumber, kCardName, "07", "2031", kCvv, "1.00", "1001");
+    },
+};
+inline constexpr Request netBankingRequest {
+    "v1/sdk/payForService",
+    [](auto cb) { return ApiManager::payNB(cb, "ORD-1", "SBIB", "1.00", "1001"); },
+};
+inline constexpr Request bankListRequest {
+    "v1/netbanking/listofbanks",
+    [](auto cb) { return ApiManager::callApiNBList(cb); },
 };
 
 // Sends one request with `reply` scripted for `endpoint` and returns the only callback.

@@ -1,6 +1,7 @@
 // Each operation's own success test and what it hands to its callback.
 #include "ApiTestSupport.h"
 
+#include "model/BankNB.h"
 #include "model/TransactionStatus.h"
 #include "model/UPIResponse.h"
 #include "platform/UserDefaults.h"
@@ -18,9 +19,25 @@ std::string payReply(const std::string &id)
         + R"(,"getRequestRefNumResponse":{"merchantTransactionRef":"ORD-1/x"}}})";
 }
 
+// A card or net-banking reply that registered the payment.
+std::string bankPageReply(const std::string &id, const std::string &paymentData)
+{
+    return R"({"responseCode":"200MERSUCC","data":{"kovenaTransactionId":)" + id + R"(,"paymentData":)"
+        + paymentData + "}}";
+}
+const std::string kPaymentData = R"({"url":"https://bank.example/pay?x=1","data":"encdata=A%2B1&mid=7"})";
+
 // What the callback received: "-" for the failure value, else a summary of the success.
 std::string summary(const Recorder::Call &call)
 {
+    if (call.kind == "params" && !(call.first.isEmpty() && call.second.isEmpty() && call.third.isEmpty()))
+        return (call.first + " | " + call.second + " | " + call.third).toStdString();
+    if (call.kind == "banks") {
+        JsonValue banks = JsonValue::array();
+        for (const auto &bank : call.banks)
+            banks.push_back(bank->dictionaryRepresentation());
+        return "banks " + banks.dump();
+    }
     if (call.kind == "upi1" && !(call.first.isEmpty() && call.second.isEmpty()))
         return (call.first + " " + call.second).toStdString();
     if (call.status)
@@ -63,6 +80,29 @@ TEST(OperationReply, EachOperationSucceedsOnlyOnItsOwnCode)
         { collectRequest, R"({"responseCode":7})", "-", false },
         { collectRequest, R"({"responseCode":"200MERSUCC","responseMessage":"sent","data":{"x":1}})",
             R"(upi {"responseCode":"200MERSUCC","responseMessage":"sent"})", false },
+        // A declined card payment still carries "data"; a declined net-banking one need not.
+        { cardRequest, R"({"responseCode":"FAILED","data":{}})", "-", false },
+        { cardRequest, R"({"responseCode":"200TRANSRESPSUCC","data":{"paymentData":{}}})", "-", false },
+        { netBankingRequest, R"({"responseCode":"FAILED"})", "-", false },
+        { netBankingRequest, R"({"responseCode":"200MERSUCC ","data":[]})", "-", false },
+        { cardRequest, bankPageReply("1234567890123", kPaymentData),
+            "https://bank.example/pay?x=1 | encdata=A%2B1&mid=7 | 1234567890123", true },
+        { netBankingRequest, bankPageReply("9223372036854775807", kPaymentData),
+            "https://bank.example/pay?x=1 | encdata=A%2B1&mid=7 | 9223372036854775807", true },
+        { cardRequest, bankPageReply("-5", R"({"url":"u","data":"","extra":1})"), "u |  | -5", true },
+        { netBankingRequest, bankPageReply("1.5e3", R"({"data":"d","url":""})"), " | d | 1500", true },
+        // The bank list has no reply code: whatever the code, a "data" that reads is delivered.
+        { bankListRequest,
+            R"({"responseCode":"500ERR","data":[{"netBankingId":3,"netBankingName":"Bank A","netbankingCodes":"AB"},
+                {"netBankingName":"Bank B","netBankingCode":"BB"},{}]})",
+            R"(banks [{"netBankingId":3,"netBankingName":"Bank A","netbankingCodes":"AB"},{"netBankingName":"Bank B"},{}])",
+            false },
+        { bankListRequest, R"({"data":[{"netbankingCodes":"PNBB","netBankingId":"7"}]})",
+            R"(banks [{"netbankingCodes":"PNBB"}])", false },
+        { bankListRequest, R"({"responseCode":"200MERSUCC","data":[]})", "banks []", false },
+        { bankListRequest, R"({"data":null})", "banks []", false },
+        { bankListRequest, R"({"data":{"netBankingId":3}})", "banks []", false },
+        { bankListRequest, R"({"data":"x"})", "banks []", false },
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(row.body);
@@ -72,15 +112,32 @@ TEST(OperationReply, EachOperationSucceedsOnlyOnItsOwnCode)
     }
 }
 
+// Any accepted payment request makes every later one of the checkout a retry, whatever the method.
 TEST(OperationReply, PaymentAfterAnAcceptedOneIsSentAsRetry)
 {
-    resetBackendAndDefaults();
-    exchange(paymentRequest, { 200, payReply("1") });
-    exchange(paymentRequest, { 200, R"({"responseCode":"FAILED"})" });
-    const auto requests = backend().requests();
-    ASSERT_EQ(requests.size(), 2u);
-    EXPECT_EQ(bodyOf(requests[0])["retry"], false);
-    EXPECT_EQ(bodyOf(requests[1])["retry"], true);
+    struct Method
+    {
+        const char *name;
+        Request request;
+        std::string accepted;
+    };
+    const Method methods[] = {
+        { "upi", paymentRequest, payReply("1") },
+        { "card", cardRequest, bankPageReply("1", kPaymentData) },
+        { "netBanking", netBankingRequest, bankPageReply("1", kPaymentData) },
+    };
+    for (const Method &first : methods) {
+        for (const Method &next : methods) {
+            SCOPED_TRACE(std::string(first.name) + " then " + next.name);
+            resetBackendAndDefaults();
+            exchange(first.request, { 200, first.accepted });
+            exchange(next.request, { 200, R"({"responseCode":"FAILED","data":{}})" });
+            const auto requests = backend().requests();
+            ASSERT_EQ(requests.size(), 2u);
+            EXPECT_EQ(bodyOf(requests[0])["retry"], false);
+            EXPECT_EQ(bodyOf(requests[1])["retry"], true);
+        }
+    }
 }
 
 } // namespace

@@ -14,6 +14,11 @@ using namespace kovena::test;
 
 namespace {
 
+bool isBlank(const Recorder::Call &call)
+{
+    return call.first == "" && call.second == "" && call.third == "";
+}
+
 struct Operation
 {
     const char *name;
@@ -32,6 +37,14 @@ const Operation kOperations[] = {
         } },
     { "collectByVpa", collectRequest, R"("responseCode":"200MERSUCC")",
         [](const Recorder::Call &call) { return call.kind == "upi2" && !call.upi; } },
+    { "card", cardRequest,
+        R"("responseCode":"200MERSUCC","data":{"kovenaTransactionId":77,"paymentData":{"url":"https://b.in/p","data":"a=1"}})",
+        [](const Recorder::Call &call) { return call.kind == "params" && isBlank(call); } },
+    { "netBanking", netBankingRequest,
+        R"("responseCode":"200MERSUCC","data":{"kovenaTransactionId":77,"paymentData":{"url":"https://b.in/p","data":"a=1"}})",
+        [](const Recorder::Call &call) { return call.kind == "params" && isBlank(call); } },
+    { "bankList", bankListRequest, R"("data":[{"netBankingId":1}])",
+        [](const Recorder::Call &call) { return call.kind == "banks" && call.banks.isEmpty(); } },
 };
 
 struct ReplyCase
@@ -68,10 +81,11 @@ std::string bodyFor(const ReplyCase &reply, const Operation &op)
 TEST(ReplyPath, AnswersExactlyOnceOnTheSessionThread)
 {
     // The request line is logged as well; no line may show the token, the customer's contact
-    // details, the VPA or the reply's text.
+    // details, the VPA, the card or the reply's text.
     QLoggingCategory::setFilterRules("kovena.api.debug=true");
     const auto restoreRules = qScopeGuard([] { QLoggingCategory::setFilterRules(QString()); });
-    const char *neverLogged[] = { "tok-SECRET-1", "9812345678", "someone@mail.in", "a@upi", "responseCode" };
+    const char *neverLogged[] = { "tok-SECRET-1", "9812345678", "someone@mail.in", "a@upi", "responseCode",
+        kCardNumber, kCardName, kCvv, "paymentData" };
     for (const Operation &op : kOperations) {
         for (const ReplyCase &reply : kReplies) {
             SCOPED_TRACE(std::string(op.name) + " " + reply.name);

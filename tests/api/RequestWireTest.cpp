@@ -22,6 +22,7 @@ struct WireCase
     bool retry;
     Request request;
     const char *expectedBody;
+    const char *exactText = nullptr; // the body byte for byte, where its layout matters
 };
 
 TEST(RequestWire, PutsExactlyTheAgreedRequestOnTheWire)
@@ -52,6 +53,23 @@ TEST(RequestWire, PutsExactlyTheAgreedRequestOnTheWire)
                 [](auto cb) { return ApiManager::payUPICollectByVPA(cb, {}, {}, {}, {}, ""); } },
             R"({"virtualAddress":null,"requestedAmount":null,"kovenaRefNumber":null,
                 "collectorId":"","customerMobNum":"","customerEmail":""})" },
+        // The card details in their own object, the CVV beside the payment fields.
+        { "payCard", { mobile, email, { "requestId", "REQ-9" } }, false, cardRequest,
+            R"({"cvv":"739","collectorId":"1001","requestedAmount":"1.00","merchantTransactionRefNumber":"ORD-1",
+                "customerMobNum":"9876543210","customerEmail":"a@b.in","serviceType":"28",
+                "requestId":"REQ-9","retry":false,
+                "bankAccount":{"cardNumber":"4111111111111111","cardName":"ASHA KUMAR",
+                               "cardExpiryMonth":"07","cardExpiryYear":"2031"}})" },
+        { "payNB", { mobile, email, { "requestId", "REQ-9" } }, false, netBankingRequest,
+            R"({"serviceType":"28","netbankingId":"SBIB","requestedAmount":"1.00",
+                "merchantTransactionRefNumber":"ORD-1","collectorId":"1001","requestId":"REQ-9",
+                "customerMobNum":"9876543210","retry":false,"customerEmail":"a@b.in"})" },
+        { "payNBRetryNoCustomer", {}, true,
+            { netBankingRequest.path, [](auto cb) { return ApiManager::payNB(cb, "", "", "", ""); } },
+            R"({"serviceType":"28","netbankingId":"","requestedAmount":"","merchantTransactionRefNumber":"",
+                "collectorId":"","requestId":"REQ-1","customerMobNum":"","retry":true,"customerEmail":""})" },
+        // One member, empty key and empty value: not an empty object, not a missing body.
+        { "bankList", { mobile, email }, true, bankListRequest, R"({"":""})", "{\n  \"\": \"\"\n}" },
     };
     for (const WireCase &c : cases) {
         SCOPED_TRACE(c.name);
@@ -61,7 +79,7 @@ TEST(RequestWire, PutsExactlyTheAgreedRequestOnTheWire)
         for (const auto &[key, value] : c.stored)
             defaults.setString(key, value);
         defaults.setBool("retry", c.retry);
-        exchange(c.request, { 200, R"({"responseCode":"declined"})" });
+        exchange(c.request, { 200, R"({"responseCode":"declined","data":{}})" });
 
         const auto requests = backend().requests();
         ASSERT_EQ(requests.size(), 1u);
@@ -85,6 +103,9 @@ TEST(RequestWire, PutsExactlyTheAgreedRequestOnTheWire)
 
         EXPECT_NE(request.body.find("\n  \""), std::string::npos) << "pretty-printed: " << request.body;
         EXPECT_EQ(bodyOf(request), JsonValue::parse(c.expectedBody)) << request.body;
+        if (c.exactText) {
+            EXPECT_EQ(request.body, c.exactText);
+        }
     }
 }
 

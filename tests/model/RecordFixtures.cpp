@@ -1,6 +1,7 @@
 #include "RecordFixtures.h"
 
 #include <limits>
+#include <tuple>
 
 namespace kovena::fixtures {
 
@@ -29,6 +30,16 @@ const char *const txnRefNumber = R"({
   "version": 1, "idType": "UPI", "idValue": 1234567890123, "mode": "C", "modeData": -7,
   "additionalInfo": 9223372036854775807, "timeStamp": 1714550400000, "checkDigit": 9,
   "prefix": "KV", "originalNum": -9223372036854775808, "base32Num": "ABC234", "txnRefNum": "KV1714"
+})";
+
+const char *const bankListReply = R"({
+  "success": "true", "responseCode": "200NBLIST", "secureHash": "9f0c",
+  "data": [
+    {"netBankingId": 9223372036854775807, "netBankingName": "State Bank", "netbankingCodes": "SBIB"},
+    {"netBankingId": -1, "netBankingName": "", "netbankingCodes": "PNBB"},
+    {"netBankingId": 1714550400123, "netBankingName": "Bank \u20b9 One", "netbankingCodes": ""}
+  ],
+  "responseMessage": "3 banks", "csrfToken": "c5rf"
 })";
 
 // The status reply's payment fields with the UPI records' kinds and their four last fields.
@@ -118,6 +129,32 @@ JsonValue fullUpiStatusReply()
     JsonValue reply = json(statusReply);
     reply["data"] = upiPaymentData("UPI-REF-1"); // keeps the key's place
     return reply;
+}
+
+JsonValue fullBankListReply()
+{
+    return json(bankListReply);
+}
+
+std::shared_ptr<BankNB> builtBankList()
+{
+    auto list = std::make_shared<BankNB>();
+    list->success = "true";
+    list->responseCode = "200NBLIST";
+    list->secureHash = "9f0c";
+    list->responseMessage = "3 banks";
+    list->csrfToken = "c5rf";
+    const std::tuple<qint64, QString, QString> banks[] = { { int64Max, "State Bank", "SBIB" },
+        { -1, "", "PNBB" }, { 1714550400123, QString::fromUtf8("Bank \u20b9 One"), "" } };
+    list->data.emplace();
+    for (const auto &[id, name, codes] : banks) {
+        auto bank = std::make_shared<BankNB::Data>();
+        bank->netBankingId = id;
+        bank->netBankingName = name;
+        bank->netbankingCodes = codes;
+        list->data->append(bank);
+    }
+    return list;
 }
 
 std::shared_ptr<TransactionStatus> builtStatus()

@@ -4,6 +4,7 @@
 // member by member, so that a key bound to the wrong member shows up as a mismatch.
 
 #include "api/JsonValue.h"
+#include "model/BankNB.h"
 #include "model/TransactionStatus.h"
 #include "model/UPIResponse.h"
 #include "model/UPIStatus.h"
@@ -38,10 +39,12 @@ JsonValue fullStatusReply();
 JsonValue fullUpiResponseReply();
 JsonValue fullUpiResponseData();
 JsonValue fullUpiStatusReply();
+JsonValue fullBankListReply();
 
 std::shared_ptr<TransactionStatus> builtStatus();
 std::shared_ptr<UPIResponse> builtUpiResponse();
 std::shared_ptr<UPIResponse::Data> builtUpiResponseData();
 std::shared_ptr<UPIStatus> builtUpiStatus();
+std::shared_ptr<BankNB> builtBankList();
 
 } // namespace kovena::fixtures

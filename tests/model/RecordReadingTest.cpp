@@ -199,6 +199,51 @@ TEST(ListField, readsArraysOnlyAndWritesOnlyWritableLists)
         "UPIResponse::UpiTxnRefNumber: array element 1 is a number, expected an object");
 }
 
+// The bank list: absent without "data", empty for anything but an array, and one bank per element in
+// array order, each read leniently. What the record writes back never holds the banks.
+TEST(BankList, readsBanksInOrderAndNeverWritesThem)
+{
+    struct Row
+    {
+        const char *input;
+        const char *banks; // the banks as written back, or "absent"
+        const char *written;
+    };
+    const Row rows[] = {
+        { "{}", "absent", "{}" },
+        { R"({"data": null})", "[]", "{}" },
+        { R"({"data": {}})", "[]", "{}" },
+        { R"({"data": {"netBankingId": 3}})", "[]", "{}" },
+        { R"({"data": []})", "[]", "{}" },
+        { R"({"Data": [{"netBankingId": 3}]})", "absent", "{}" },
+        { R"({"data": [{"netBankingId": 3, "netBankingName": "Bank A", "netbankingCodes": "AB"}]})",
+            R"([{"netBankingId":3,"netBankingName":"Bank A","netbankingCodes":"AB"}])", "{}" },
+        // The codes' key has a lower-case b; the other two spellings do not count.
+        { R"({"data": [{"netBankingCode": "AB"}, {"netBankingCodes": "AB", "NetBankingId": 1}]})", "[{},{}]",
+            "{}" },
+        { R"({"data": [{"netBankingId": "3", "netBankingName": 5, "netbankingCodes": null}]})", "[{}]",
+            "{}" },
+        { R"({"data": [{"netBankingId": 3.0}, {"netBankingId": 2.5}, {"netBankingId": true}]})",
+            R"([{"netBankingId":3},{},{}])", "{}" },
+        { R"({"data": [{"netbankingCodes": "Z"}, {"netbankingCodes": "A"}, {"netbankingCodes": "M"}]})",
+            R"([{"netbankingCodes":"Z"},{"netbankingCodes":"A"},{"netbankingCodes":"M"}])", "{}" },
+        { R"({"csrfToken": "c", "data": [{}], "success": "true", "responseCode": 200, "secureHash": null})",
+            "[{}]", R"({"success":"true","csrfToken":"c"})" },
+    };
+    for (const Row &row : rows) {
+        const auto list = read<BankNB>(json(row.input));
+        std::string banks = "absent";
+        if (list->data) {
+            JsonValue written = JsonValue::array();
+            for (const auto &bank : *list->data)
+                written.push_back(bank->dictionaryRepresentation());
+            banks = written.dump();
+        }
+        EXPECT_EQ(banks, row.banks) << row.input;
+        EXPECT_EQ(list->dictionaryRepresentation().dump(), row.written) << row.input;
+    }
+}
+
 // A strict builder, run for its diagnostic only.
 template<class Record> void one(const JsonValue &v)
 {
@@ -261,6 +306,11 @@ const FatalRow fatalRows[] = {
         "UPIStatus::Data: \"kovenaRefNumber\" is a string, expected an integer" },
     { upiStatusData, "1", "UPIStatus::Data: dictionary is a number, expected an object" },
     { list<UPIStatus::Data>, R"(["x"])", "UPIStatus::Data: array element 0 is a string, expected an object" },
+    { one<BankNB>, R"({"data": [1]})", "BankNB::Data: array element 0 is a number, expected an object" },
+    { one<BankNB>, "[]", "BankNB: dictionary is an array, expected an object" },
+    { list<BankNB>, R"([{"data": []}, true])", "BankNB: array element 1 is a boolean, expected an object" },
+    { list<BankNB::Data>, R"([{}, {}, [{}]])",
+        "BankNB::Data: array element 2 is an array, expected an object" },
     // A card-number-like value must not reach the diagnostic: it ends right after the expected kind.
     { upiData, R"({"transactionRefNumber": 4111111111111111, "kovenaRefNumber": 7})",
         "\"transactionRefNumber\" is a number, expected a string\n?$" },

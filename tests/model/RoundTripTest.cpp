@@ -31,6 +31,10 @@ struct Full
     {
         return std::pair(fullUpiStatusReply()["data"], builtUpiStatus()->data);
     }
+    static auto of(BankNBData *)
+    {
+        return std::pair(fullBankListReply()["data"][0], builtBankList()->data->at(0));
+    }
     static auto of(UPIResponse::UpiTxnRefNumber *)
     {
         return std::pair(fullUpiResponseData()["upiTxnRefNumber"], builtUpiResponseData()->upiTxnRefNumber);
@@ -42,7 +46,7 @@ template<class Record> class RoundTrip : public testing::Test
 };
 
 using Records = testing::Types<TransactionStatus, TransactionStatus::Data, UPIResponse,
-    UPIResponse::UpiTxnRefNumber, UPIResponse::Data, UPIStatus, UPIStatus::Data>;
+    UPIResponse::UpiTxnRefNumber, UPIResponse::Data, UPIStatus, UPIStatus::Data, BankNB::Data>;
 TYPED_TEST_SUITE(RoundTrip, Records);
 
 TYPED_TEST(RoundTrip, everyFieldUnderItsKeyBothWays)
@@ -59,6 +63,25 @@ TYPED_TEST(RoundTrip, everyFieldUnderItsKeyBothWays)
     EXPECT_TRUE(*reread == *built) << text;
     EXPECT_EQ(reread->dictionaryRepresentation().dump(), text);
     EXPECT_EQ(TypeParam().dictionaryRepresentation(), JsonValue::object());
+}
+
+// The bank list reads its banks but writes only its envelope: a written list reads back without them.
+TEST(RoundTripDetails, bankListWritesEverythingButItsBanks)
+{
+    const JsonValue reply = fullBankListReply();
+    const auto built = builtBankList();
+    EXPECT_TRUE(*read<BankNB>(reply) == *built);
+
+    JsonValue envelope = reply;
+    envelope.erase("data");
+    const JsonValue written = built->dictionaryRepresentation();
+    EXPECT_EQ(written.dump(2), envelope.dump(2));
+
+    const auto reread = read<BankNB>(JsonValue::parse(written.dump()));
+    EXPECT_FALSE(reread->data);
+    built->data.reset();
+    EXPECT_TRUE(*reread == *built);
+    EXPECT_EQ(BankNB().dictionaryRepresentation(), JsonValue::object());
 }
 
 TEST(RoundTripDetails, nonFiniteRealIsLeftOutRatherThanWrittenAsNull)
