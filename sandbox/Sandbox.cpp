@@ -20,6 +20,9 @@ namespace kovena::sandbox {
 namespace {
 
 const std::string kBasePath = "/KoVena/";
+// A polling client keeps its connection, as with a production server; cpp-httplib's default
+// would close it after every fifth request.
+constexpr std::size_t kKeepAliveRequests = 1000;
 
 bool sameName(const std::string &a, const std::string &b)
 {
@@ -154,6 +157,7 @@ int Sandbox::start(int port)
     const std::string any = ".*";
     server->Get(any, handler).Post(any, handler).Put(any, handler).Patch(any, handler).Delete(any, handler);
     server->Options(any, handler);
+    server->set_keep_alive_max_count(kKeepAliveRequests);
     // Address reuse only: port sharing would let a second sandbox bind a port already in use.
     server->set_socket_options([](socket_t sock) {
         int yes = 1;

@@ -1,6 +1,10 @@
 #include "RawConnection.h"
 #include "SandboxClient.h"
 
+#include "sandbox/RecordingServer.h"
+
+#include <netinet/tcp.h>
+
 #include <cstdio>
 #include <fstream>
 #include <thread>
@@ -124,6 +128,38 @@ TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
 
     // Tests still see exactly what was sent.
     EXPECT_EQ(sandbox.requests().front().body, card.dump());
+}
+
+TEST(RecordingServer, EveryAcceptedConnectionHasNagleOff)
+{
+    RecordingServer server;
+    server.Get("/nodelay", [](const httplib::Request &, httplib::Response &response) {
+        int value = -1;
+        socklen_t length = sizeof(value);
+        const int socket = RecordingServer::currentSocket();
+        if (socket < 0 || ::getsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &value, &length) != 0)
+            value = -1;
+        response.set_content(std::to_string(value), "text/plain");
+    });
+    const int port = server.bind_to_any_port("127.0.0.1");
+    ASSERT_GT(port, 0);
+    std::thread loop([&] { server.listen_after_bind(); });
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (!server.is_running() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+
+    // Two requests on one kept-alive connection, then one on a second connection.
+    httplib::Client keptAlive("127.0.0.1", port);
+    keptAlive.set_keep_alive(true);
+    httplib::Client other("127.0.0.1", port);
+    for (httplib::Client *client : { &keptAlive, &keptAlive, &other }) {
+        auto result = client->Get("/nodelay");
+        EXPECT_TRUE(result);
+        EXPECT_GT(result ? std::stoi(result->body) : -1, 0);
+    }
+    EXPECT_EQ(RecordingServer::currentSocket(), -1);
+    server.stop();
+    loop.join();
 }
 
 TEST(SandboxLifecycle, StartsStopsAndRestarts)
