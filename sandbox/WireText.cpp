@@ -69,6 +69,12 @@ std::string transactionTime()
 
 namespace {
 
+std::string maskedNumber(const std::string &number)
+{
+    std::size_t keep = std::min<std::size_t>(4, number.size());
+    return std::string(number.size() - keep, '*') + number.substr(number.size() - keep);
+}
+
 bool maskIn(nlohmann::json &value)
 {
     bool changed = false;
@@ -77,10 +83,8 @@ bool maskIn(nlohmann::json &value)
             if (key == "cvv" && !member.is_null()) {
                 member = "***";
                 changed = true;
-            } else if (key == "cardNumber" && member.is_string()) {
-                std::string number = member.get<std::string>();
-                size_t keep = std::min<size_t>(4, number.size());
-                member = std::string(number.size() - keep, '*') + number.substr(number.size() - keep);
+            } else if (key == "cardNumber" && (member.is_string() || member.is_number())) {
+                member = maskedNumber(member.is_string() ? member.get<std::string>() : member.dump());
                 changed = true;
             } else {
                 changed = maskIn(member) || changed;
@@ -93,6 +97,25 @@ bool maskIn(nlohmann::json &value)
     return changed;
 }
 
+// A body that does not parse (cut short, malformed) may still hold card data: mask the values
+// that follow the two names, as JSON members or form fields.
+std::string maskText(const std::string &body)
+{
+    static const std::regex number(R"re(("cardNumber"\s*:\s*"?|cardNumber=)([0-9]+))re");
+    static const std::regex jsonCvv(R"re(("cvv"\s*:\s*)("[^"]*"?|[0-9]+))re");
+    static const std::regex formCvv(R"re((^|&)cvv=[^&]*)re");
+    std::string out;
+    auto last = body.cbegin();
+    for (std::sregex_iterator it(body.begin(), body.end(), number), end; it != end; ++it) {
+        out.append(last, (*it)[2].first);
+        out += maskedNumber((*it)[2].str());
+        last = (*it)[2].second;
+    }
+    out.append(last, body.cend());
+    out = std::regex_replace(out, jsonCvv, "$1\"***\"");
+    return std::regex_replace(out, formCvv, "$1cvv=***");
+}
+
 } // namespace
 
 std::string maskCardData(const std::string &body)
@@ -100,7 +123,9 @@ std::string maskCardData(const std::string &body)
     if (body.find("cardNumber") == std::string::npos && body.find("cvv") == std::string::npos)
         return body;
     nlohmann::json parsed = nlohmann::json::parse(body, nullptr, false);
-    if (parsed.is_discarded() || !maskIn(parsed))
+    if (parsed.is_discarded())
+        return maskText(body);
+    if (!maskIn(parsed))
         return body;
     return parsed.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }

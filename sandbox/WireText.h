@@ -18,7 +18,8 @@ std::string utcTimestamp();
 // "2024-01-31 14:45:00" in local time, as the backend writes transaction times.
 std::string transactionTime();
 // The body with the values of any "cardNumber" (all but the last four digits) and "cvv"
-// members masked, when it is JSON; any other body is returned as it is.
+// masked: members at any depth of a JSON body; in a body that does not parse, the values that
+// follow those names as JSON members or form fields.
 std::string maskCardData(const std::string &body);
 std::string toLower(std::string text);
 

@@ -2,6 +2,7 @@
 #include "SandboxClient.h"
 
 #include "sandbox/RecordingServer.h"
+#include "sandbox/WireText.h"
 
 #include <netinet/tcp.h>
 
@@ -128,6 +129,46 @@ TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
 
     // Tests still see exactly what was sent.
     EXPECT_EQ(sandbox.requests().front().body, card.dump());
+}
+
+TEST(CardDataMasking, HidesEveryCardNumberAndCvvOfAnyBody)
+{
+    struct Row
+    {
+        const char *what;
+        std::string body;
+        std::string masked;
+    };
+    const Row rows[] = {
+        { "card registration",
+            R"({"cvv":"123","bankAccount":{"cardNumber":"4111111111111111","cardName":"A B"}})",
+            R"({"bankAccount":{"cardName":"A B","cardNumber":"************1111"},"cvv":"***"})" },
+        { "numbers as JSON numbers", R"({"bankAccount":{"cardNumber":4111111111111111},"cvv":123})",
+            R"({"bankAccount":{"cardNumber":"************1111"},"cvv":"***"})" },
+        { "inside an array", R"({"cards":[{"cardNumber":"5555555555554444","cvv":"1234"}]})",
+            R"({"cards":[{"cardNumber":"************4444","cvv":"***"}]})" },
+        { "body cut after the number", R"({"cvv":"123","bankAccount":{"cardNumber":"4111111111111111","card)",
+            R"({"cvv":"***","bankAccount":{"cardNumber":"************1111","card)" },
+        { "body cut inside the CVV", R"({"bankAccount":{}, "cvv" : "12)",
+            R"({"bankAccount":{}, "cvv" : "***")" },
+        { "form fields", "cardNumber=4111111111111111&cvv=123&x=1",
+            "cardNumber=************1111&cvv=***&x=1" },
+        { "no card data", R"({"kovenaRefNumber":"42"})", R"({"kovenaRefNumber":"42"})" },
+        { "bank page form", "kovenaTransactionId=1700000000001&amount=10.50&device_type=0",
+            "kovenaTransactionId=1700000000001&amount=10.50&device_type=0" },
+        { "not JSON", "not json", "not json" },
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        const std::string masked = wire::maskCardData(row.body);
+        json parsed = json::parse(masked, nullptr, false);
+        if (parsed.is_discarded())
+            EXPECT_EQ(masked, row.masked);
+        else
+            EXPECT_EQ(parsed, json::parse(row.masked));
+        for (const char *secret : { "4111111111111111", "5555555555554444", "\"123\"", "cvv=123" })
+            EXPECT_EQ(masked.find(secret), std::string::npos) << secret;
+    }
 }
 
 TEST(RecordingServer, EveryAcceptedConnectionHasNagleOff)
