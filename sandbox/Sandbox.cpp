@@ -1,6 +1,8 @@
 #include "sandbox/Sandbox.h"
 
 #include "sandbox/BackendApi.h"
+#include "sandbox/BankCatalog.h"
+#include "sandbox/BankPages.h"
 #include "sandbox/RecordingServer.h"
 #include "sandbox/RequestLog.h"
 #include "sandbox/Router.h"
@@ -36,6 +38,12 @@ std::string rawPath(const httplib::Request &request)
     return target.substr(0, target.find('?'));
 }
 
+// The page router's endpoint: the path without its leading slash.
+std::string pagePath(const std::string &path)
+{
+    return path.empty() || path.front() != '/' ? path : path.substr(1);
+}
+
 } // namespace
 
 std::string RecordedRequest::header(const std::string &name) const
@@ -58,24 +66,30 @@ int RecordedRequest::headerCount(const std::string &name) const
 struct Sandbox::Impl
 {
     Impl()
-        : api(store)
+        : api(store, banks, [this] { return origin(); })
+        , bankPages(store, [this] { return origin(); })
     {
-        api.install(router);
+        api.install(apiRouter);
+        bankPages.install(pageRouter, apiRouter);
     }
 
     void handle(const httplib::Request &request, httplib::Response &response);
     // Sleeps unless the sandbox stops first; false when it is stopping.
     bool pause(std::chrono::milliseconds delay);
+    std::string origin() const { return "http://127.0.0.1:" + std::to_string(port.load()); }
 
     RequestLog log;
     ScriptBook scripts;
     TransactionStore store;
+    BankCatalog banks;
     BackendApi api;
-    Router router;
+    BankPages bankPages;
+    Router apiRouter; // paths under kBasePath
+    Router pageRouter; // every other path: the bank's pages
 
     std::unique_ptr<RecordingServer> server;
     std::thread thread;
-    int port = 0;
+    std::atomic<int> port = 0;
 
     std::mutex stopMutex;
     std::condition_variable stopSignal;
@@ -124,9 +138,11 @@ void Sandbox::Impl::handle(const httplib::Request &request, httplib::Response &r
         }
     }
 
-    Reply reply = underBase ? router.dispatch(request.method, endpoint, recorded)
-                            : Reply { 404, R"({"error":"Not found"})" };
+    Reply reply = underBase ? apiRouter.dispatch(request.method, endpoint, recorded)
+                            : pageRouter.dispatch(request.method, pagePath(recorded.path), recorded);
     response.status = reply.status;
+    for (const auto &[name, value] : reply.headers)
+        response.set_header(name, value);
     response.set_content(reply.body, reply.contentType);
 }
 
@@ -216,7 +232,7 @@ int Sandbox::port() const
 
 std::string Sandbox::baseUrl() const
 {
-    return "http://127.0.0.1:" + std::to_string(d->port) + kBasePath;
+    return d->origin() + kBasePath;
 }
 
 void Sandbox::setRecordFile(const std::string &path)
@@ -247,6 +263,16 @@ void Sandbox::enqueueReply(const std::string &endpoint, ScriptedReply reply)
 void Sandbox::clearScriptedReplies()
 {
     d->scripts.clear();
+}
+
+void Sandbox::setBankList(std::vector<Bank> banks)
+{
+    d->banks.setList(std::move(banks));
+}
+
+std::vector<Bank> Sandbox::bankList() const
+{
+    return d->banks.list();
 }
 
 void Sandbox::storeTransaction(std::int64_t kovenaTransactionId, const std::string &merchantReference,

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <ctime>
@@ -135,6 +136,92 @@ std::string toLower(std::string text)
     std::transform(text.begin(), text.end(), text.begin(),
         [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
+}
+
+std::string formEncode(const std::string &text)
+{
+    static const char *hex = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char c : text) {
+        if (std::isalnum(c) || c == '-' || c == '.' || c == '_' || c == '~') {
+            out += static_cast<char>(c);
+        } else {
+            out += '%';
+            out += hex[c >> 4];
+            out += hex[c & 15];
+        }
+    }
+    return out;
+}
+
+std::string formDecode(const std::string &text)
+{
+    auto hexValue = [](char c) -> int {
+        if (c >= '0' && c <= '9')
+            return c - '0';
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+    };
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '+') {
+            out += ' ';
+        } else if (text[i] == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0
+            && hexValue(text[i + 2]) >= 0) {
+            out += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
+            i += 2;
+        } else {
+            out += text[i];
+        }
+    }
+    return out;
+}
+
+std::vector<std::pair<std::string, std::string>> parseForm(const std::string &body)
+{
+    std::vector<std::pair<std::string, std::string>> pairs;
+    std::size_t start = 0;
+    while (start <= body.size()) {
+        std::size_t end = body.find('&', start);
+        if (end == std::string::npos)
+            end = body.size();
+        std::string field = body.substr(start, end - start);
+        if (!field.empty()) {
+            std::size_t eq = field.find('=');
+            pairs.emplace_back(formDecode(field.substr(0, eq)),
+                eq == std::string::npos ? std::string() : formDecode(field.substr(eq + 1)));
+        }
+        start = end + 1;
+    }
+    return pairs;
+}
+
+std::optional<std::string> formValue(
+    const std::vector<std::pair<std::string, std::string>> &form, const std::string &name)
+{
+    for (const auto &[key, value] : form) {
+        if (key == name)
+            return value;
+    }
+    return std::nullopt;
+}
+
+std::string rupees(const std::string &amount)
+{
+    std::size_t point = amount.find('.');
+    std::string whole = amount.substr(0, point);
+    std::string fraction = point == std::string::npos ? std::string() : amount.substr(point + 1);
+    while (fraction.size() < 2)
+        fraction += '0';
+    // The last three digits form one group, every two before them another.
+    std::string grouped;
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        std::size_t left = whole.size() - i;
+        if (i > 0 && (left == 3 || (left > 3 && (left - 3) % 2 == 0)))
+            grouped += ',';
+        grouped += whole[i];
+    }
+    return "\xE2\x82\xB9" + grouped + '.' + fraction;
 }
 
 } // namespace kovena::sandbox::wire
