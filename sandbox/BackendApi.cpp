@@ -1,5 +1,6 @@
 #include "sandbox/BackendApi.h"
 
+#include "sandbox/BankCatalog.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/TransactionStore.h"
 #include "sandbox/WireText.h"
@@ -47,22 +48,38 @@ std::string bankReference(std::int64_t id)
     return std::to_string(300000000000 + id % 100000000000);
 }
 
+// How the status enquiry describes each kind of payment.
+const char *remarksFor(const std::string &transactionType)
+{
+    if (transactionType == "CARD")
+        return "Card payment";
+    if (transactionType == "NETBANKING")
+        return "Net banking payment";
+    return "UPI collect request";
+}
+
 } // namespace
 
-BackendApi::BackendApi(TransactionStore &store)
+BackendApi::BackendApi(TransactionStore &store, BankCatalog &banks, std::function<std::string()> origin)
     : m_store(store)
+    , m_banks(banks)
+    , m_bankPayments(store, banks, std::move(origin))
 {
-    addService("0", [this](const json &body) { return registerUpiCollect(body); });
+    addService("0", [this](const ApiCall &call) { return registerUpiCollect(call.body); });
+    addService(BankPaymentService::kServiceType,
+        [this](const ApiCall &call) { return m_bankPayments.registerPayment(call.body); });
 }
 
 void BackendApi::install(Router &router)
 {
     router.add("POST", "v1/sdk/txn/1/false/2",
-        jsonEndpoint([this](const json &body) { return transactionStatus(body); }));
+        jsonEndpoint([this](const ApiCall &call) { return transactionStatus(call.body); }));
     router.add("POST", "v1/sdk/payForService",
-        jsonEndpoint([this](const json &body) { return payForService(body); }));
+        jsonEndpoint([this](const ApiCall &call) { return payForService(call); }));
     router.add("POST", "v1/sdk/sendCollectOrSMS",
-        jsonEndpoint([this](const json &body) { return sendCollect(body); }));
+        jsonEndpoint([this](const ApiCall &call) { return sendCollect(call.body); }));
+    router.add("POST", "v1/netbanking/listofbanks",
+        jsonEndpoint([this](const ApiCall &call) { return bankList(call); }));
 }
 
 void BackendApi::addService(const std::string &serviceType, JsonHandler handler)
@@ -77,12 +94,14 @@ Router::Handler BackendApi::jsonEndpoint(JsonHandler handler)
         std::string authorization = request.header("Authorization");
         if (authorization.compare(0, bearer.size(), bearer) != 0 || authorization.size() == bearer.size())
             return { 200, errorBody("Unauthorized") };
-        if (authorization.substr(bearer.size()) == "expired-token")
+        std::string token = authorization.substr(bearer.size());
+        if (token == "expired-token")
             return { 200, errorBody("Token expired") };
         json body = json::parse(request.body, nullptr, false);
         if (body.is_discarded() || !body.is_object())
             return { 200, errorBody("Bad request") };
-        return { 200, handler(body).dump(-1, ' ', false, json::error_handler_t::replace) };
+        const ApiCall call { std::move(token), body };
+        return { 200, handler(call).dump(-1, ' ', false, json::error_handler_t::replace) };
     };
 }
 
@@ -99,14 +118,14 @@ json BackendApi::statusReply(const Transaction &t)
         { "customerMobNum", t.customerMobNum },
         { "customerVpa", t.customerVpa },
         { "requestedAmount", t.amount },
-        { "remarks", t.serviceType == "0" ? "UPI collect request" : "Online payment" },
+        { "remarks", remarksFor(t.transactionType) },
         { "transactionRefNumber", t.merchantReference },
         { "kovenaRefNumber", t.id },
         { "bankRefNumber", final ? bankReference(t.id) : std::string() },
         { "requestStatus", t.collectSent || final ? 1 : 0 },
         { "paymentStatus", t.paymentStatus },
         { "paymentGatewayReferenceNumber", 500000000000 + t.id % 100000000000 },
-        { "transactionType", t.serviceType == "0" ? "COLLECT" : "PAYMENT" },
+        { "transactionType", t.transactionType },
         { "kovenaTransactionId", t.id },
         { "kovenaServiceId", wire::parseDecimalId(t.serviceType).value_or(0) },
         { "transactionTime", t.transactionTime },
@@ -138,15 +157,15 @@ json BackendApi::transactionStatus(const json &body)
     return statusReply(*found);
 }
 
-json BackendApi::payForService(const json &body)
+json BackendApi::payForService(const ApiCall &call)
 {
-    auto it = m_services.find(textOf(body, "serviceType"));
+    auto it = m_services.find(textOf(call.body, "serviceType"));
     if (it == m_services.end())
         return failure("400SERVICETYPE", "Service type not supported");
-    return it->second(body);
+    return it->second(call);
 }
 
-json BackendApi::registerUpiCollect(const json &body)
+std::optional<json> BackendApi::invalidPayment(const json &body)
 {
     auto amount = body.find("requestedAmount");
     if (amount == body.end() || !amount->is_string() || !wire::isDecimalAmount(amount->get<std::string>()))
@@ -155,10 +174,17 @@ json BackendApi::registerUpiCollect(const json &body)
         return failure(kBadRequest, "Missing merchantTransactionRefNumber");
     if (!isNonEmptyString(body, "collectorId"))
         return failure(kBadRequest, "Missing collectorId");
+    return std::nullopt;
+}
+
+json BackendApi::registerUpiCollect(const json &body)
+{
+    if (auto invalid = invalidPayment(body))
+        return *invalid;
 
     Transaction t;
     t.merchantReference = body["merchantTransactionRefNumber"].get<std::string>();
-    t.amount = amount->get<std::string>();
+    t.amount = body["requestedAmount"].get<std::string>();
     t.serviceType = "0";
     t.collectorId = body["collectorId"].get<std::string>();
     t.customerMobNum = textOf(body, "customerMobNum");
@@ -192,6 +218,8 @@ json BackendApi::sendCollect(const json &body)
         return failure(kNotFound, "Transaction not found");
     case TransactionStore::CollectOutcome::Closed:
         return failure("400TXNCLOSED", "Transaction already completed");
+    case TransactionStore::CollectOutcome::NotUpi:
+        return failure(kBadRequest, "Not a UPI transaction");
     case TransactionStore::CollectOutcome::Sent:
         break;
     }
@@ -201,6 +229,21 @@ json BackendApi::sendCollect(const json &body)
         { "responseMessage", "Collect request sent" },
         { "secureHash", wire::hexDigest("collect:" + std::to_string(*id) + ':' + vpa) },
         { "csrfToken", wire::hexDigest("csrf:" + std::to_string(*id), 32) },
+    };
+}
+
+json BackendApi::bankList(const ApiCall &call)
+{
+    json data = json::array();
+    for (const Bank &bank : m_banks.listFor(call.token))
+        data.push_back({ { "netBankingId", bank.id }, { "netBankingName", bank.name },
+            { "netbankingCodes", bank.code } });
+    return {
+        { "success", "true" },
+        { "responseCode", "200NBLISTSUCC" },
+        { "responseMessage", "Bank list fetched successfully" },
+        { "secureHash", wire::hexDigest("banks:" + std::to_string(data.size())) },
+        { "data", std::move(data) },
     };
 }
 

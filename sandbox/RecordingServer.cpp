@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -204,6 +205,11 @@ void RecordingServer::truncateCurrentReplyAfterHeaders()
         t_connection->stream->truncateAfterHeaders();
 }
 
+int RecordingServer::currentSocket()
+{
+    return t_connection && t_connection->stream ? t_connection->stream->socket() : -1;
+}
+
 RecordingServer::HeaderList RecordingServer::parseHeaderBlock(const std::string &head)
 {
     HeaderList headers;
@@ -227,6 +233,9 @@ RecordingServer::HeaderList RecordingServer::parseHeaderBlock(const std::string 
 // Mirrors the library's own keep-alive loop, with our stream in place of its socket stream.
 bool RecordingServer::process_and_close_socket(socket_t sock)
 {
+    // Set here, per accepted socket: not every system passes the option on from the listener.
+    int noDelay = 1;
+    ::setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof(noDelay));
     ConnectionStream stream(sock, toMilliseconds(read_timeout_sec_, read_timeout_usec_),
         toMilliseconds(write_timeout_sec_, write_timeout_usec_));
     Connection connection { &stream, {} };

@@ -10,6 +10,8 @@ namespace kovena::sandbox {
 
 // An HTTP server that gives its handlers the request headers exactly as they arrived (order,
 // spelling, duplicates) and lets a handler close the connection without sending any answer.
+// Every accepted connection has Nagle's algorithm off, so a kept-alive connection never waits
+// for a delayed acknowledgement between the parts of an answer.
 class RecordingServer : public httplib::Server
 {
 public:
@@ -23,6 +25,9 @@ public:
     // The answer to the request being handled on the calling thread stops after its headers
     // and the connection closes.
     static void truncateCurrentReplyAfterHeaders();
+    // The socket of the connection whose request is being handled on the calling thread; -1
+    // outside a handler.
+    static int currentSocket();
 
     // Parses the header lines that follow the request line of a raw request head.
     static HeaderList parseHeaderBlock(const std::string &head);

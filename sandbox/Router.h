@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace kovena::sandbox {
 
@@ -15,10 +16,11 @@ struct Reply
     int status = 200;
     std::string body;
     std::string contentType = "application/json;charset=UTF-8";
+    std::vector<std::pair<std::string, std::string>> headers {}; // beyond Content-Type, e.g. Location
 };
 
-// Finds the handler of an endpoint (the path after "/KoVena/") by method. Unknown paths and
-// wrong methods get JSON errors, so a client under test never hangs on a typo.
+// Finds the handler of an endpoint (the path after the router's base, e.g. "/KoVena/") by method.
+// Unknown paths and wrong methods get JSON errors, so a client under test never hangs on a typo.
 class Router
 {
 public:

@@ -1,6 +1,8 @@
 #include "sandbox/Sandbox.h"
 
 #include "sandbox/BackendApi.h"
+#include "sandbox/BankCatalog.h"
+#include "sandbox/BankPages.h"
 #include "sandbox/RecordingServer.h"
 #include "sandbox/RequestLog.h"
 #include "sandbox/Router.h"
@@ -20,6 +22,9 @@ namespace kovena::sandbox {
 namespace {
 
 const std::string kBasePath = "/KoVena/";
+// A polling client keeps its connection, as with a production server; cpp-httplib's default
+// would close it after every fifth request.
+constexpr std::size_t kKeepAliveRequests = 1000;
 
 bool sameName(const std::string &a, const std::string &b)
 {
@@ -31,6 +36,12 @@ std::string rawPath(const httplib::Request &request)
 {
     const std::string &target = request.target.empty() ? request.path : request.target;
     return target.substr(0, target.find('?'));
+}
+
+// The page router's endpoint: the path without its leading slash.
+std::string pagePath(const std::string &path)
+{
+    return path.empty() || path.front() != '/' ? path : path.substr(1);
 }
 
 } // namespace
@@ -55,24 +66,30 @@ int RecordedRequest::headerCount(const std::string &name) const
 struct Sandbox::Impl
 {
     Impl()
-        : api(store)
+        : api(store, banks, [this] { return origin(); })
+        , bankPages(store, [this] { return origin(); })
     {
-        api.install(router);
+        api.install(apiRouter);
+        bankPages.install(pageRouter, apiRouter);
     }
 
     void handle(const httplib::Request &request, httplib::Response &response);
     // Sleeps unless the sandbox stops first; false when it is stopping.
     bool pause(std::chrono::milliseconds delay);
+    std::string origin() const { return "http://127.0.0.1:" + std::to_string(port.load()); }
 
     RequestLog log;
     ScriptBook scripts;
     TransactionStore store;
+    BankCatalog banks;
     BackendApi api;
-    Router router;
+    BankPages bankPages;
+    Router apiRouter; // paths under kBasePath
+    Router pageRouter; // every other path: the bank's pages
 
     std::unique_ptr<RecordingServer> server;
     std::thread thread;
-    int port = 0;
+    std::atomic<int> port = 0;
 
     std::mutex stopMutex;
     std::condition_variable stopSignal;
@@ -121,9 +138,11 @@ void Sandbox::Impl::handle(const httplib::Request &request, httplib::Response &r
         }
     }
 
-    Reply reply = underBase ? router.dispatch(request.method, endpoint, recorded)
-                            : Reply { 404, R"({"error":"Not found"})" };
+    Reply reply = underBase ? apiRouter.dispatch(request.method, endpoint, recorded)
+                            : pageRouter.dispatch(request.method, pagePath(recorded.path), recorded);
     response.status = reply.status;
+    for (const auto &[name, value] : reply.headers)
+        response.set_header(name, value);
     response.set_content(reply.body, reply.contentType);
 }
 
@@ -154,6 +173,7 @@ int Sandbox::start(int port)
     const std::string any = ".*";
     server->Get(any, handler).Post(any, handler).Put(any, handler).Patch(any, handler).Delete(any, handler);
     server->Options(any, handler);
+    server->set_keep_alive_max_count(kKeepAliveRequests);
     // Address reuse only: port sharing would let a second sandbox bind a port already in use.
     server->set_socket_options([](socket_t sock) {
         int yes = 1;
@@ -212,7 +232,7 @@ int Sandbox::port() const
 
 std::string Sandbox::baseUrl() const
 {
-    return "http://127.0.0.1:" + std::to_string(d->port) + kBasePath;
+    return d->origin() + kBasePath;
 }
 
 void Sandbox::setRecordFile(const std::string &path)
@@ -243,6 +263,16 @@ void Sandbox::enqueueReply(const std::string &endpoint, ScriptedReply reply)
 void Sandbox::clearScriptedReplies()
 {
     d->scripts.clear();
+}
+
+void Sandbox::setBankList(std::vector<Bank> banks)
+{
+    d->banks.setList(std::move(banks));
+}
+
+std::vector<Bank> Sandbox::bankList() const
+{
+    return d->banks.list();
 }
 
 void Sandbox::storeTransaction(std::int64_t kovenaTransactionId, const std::string &merchantReference,

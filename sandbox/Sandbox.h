@@ -35,9 +35,19 @@ struct ScriptedReply
     bool truncateAfterHeaders = false;
 };
 
+// One bank of the net-banking list, as the bank list request answers it.
+struct Bank
+{
+    std::int64_t id = 0; // "netBankingId"; a payment names its bank by this id
+    std::string name; // "netBankingName"
+    std::string code; // "netbankingCodes"
+    bool operator==(const Bank &) const = default;
+};
+
 // A local backend that speaks the payment backend's protocol under "/KoVena/": the status
-// enquiry, the UPI registration and collect request, with stored transactions and scenarios
-// chosen by test VPAs. Records every request. Runs its own server thread.
+// enquiry, UPI, card and net-banking payments and the bank list, with stored transactions and
+// scenarios chosen by test values; plus the bank's page that card and net-banking payments
+// open. Records every request. Runs its own server thread.
 class Sandbox
 {
 public:
@@ -68,6 +78,11 @@ public:
     // A stored transaction that the status enquiry can find by id or merchant reference.
     void storeTransaction(std::int64_t kovenaTransactionId, const std::string &merchantReference,
         int paymentStatus, const std::string &amount);
+
+    // The list the bank list request answers (the test tokens keep their own lists); banks
+    // of this list can be paid with. Starts as the built-in list of Indian banks.
+    void setBankList(std::vector<Bank> banks);
+    std::vector<Bank> bankList() const;
 
 private:
     struct Impl;

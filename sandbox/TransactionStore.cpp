@@ -57,11 +57,25 @@ TransactionStore::CollectOutcome TransactionStore::startCollect(
     Transaction &transaction = it->second;
     if (transaction.paymentStatus != 0)
         return CollectOutcome::Closed;
+    if (transaction.transactionType != "COLLECT")
+        return CollectOutcome::NotUpi;
     transaction.customerVpa = vpa;
     transaction.collectSent = true;
     transaction.pendingAnswersLeft = scenario.pendingAnswers;
     transaction.finalStatus = scenario.finalStatus;
     return CollectOutcome::Sent;
+}
+
+TransactionStore::DecideOutcome TransactionStore::decide(std::int64_t id, int paymentStatus)
+{
+    std::lock_guard lock(m_mutex);
+    auto it = m_transactions.find(id);
+    if (it == m_transactions.end() || it->second.transactionType == "COLLECT")
+        return DecideOutcome::NotFound;
+    if (it->second.paymentStatus != 0)
+        return DecideOutcome::Closed;
+    it->second.paymentStatus = paymentStatus;
+    return DecideOutcome::Decided;
 }
 
 std::optional<Transaction> TransactionStore::find(std::int64_t id) const

@@ -23,6 +23,10 @@ struct Transaction
     std::string customerVpa;
     std::string requestId;
     std::string transactionTime;
+    std::string transactionType = "COLLECT"; // "COLLECT", "CARD" or "NETBANKING"
+    std::string cardLastFour; // all that is kept of a card
+    std::string bankName; // net banking: the chosen bank
+    std::string bankCode;
     int paymentStatus = 0;
     bool collectSent = false;
     // While a collect plays out: status answers still pending, and the status that follows.
@@ -46,9 +50,14 @@ public:
     // the merchant reference. Each answer moves a running collect one step towards its end.
     std::optional<Transaction> answerStatus(std::optional<std::int64_t> id, const std::string &reference);
 
-    enum class CollectOutcome { Sent, NotFound, Closed };
-    // Attaches the VPA and starts the scenario; only a pending transaction takes a collect.
+    enum class CollectOutcome { Sent, NotFound, Closed, NotUpi };
+    // Attaches the VPA and starts the scenario; only a pending UPI transaction takes a collect.
     CollectOutcome startCollect(std::int64_t id, const std::string &vpa, const CollectScenario &scenario);
+
+    enum class DecideOutcome { Decided, NotFound, Closed };
+    // The customer's answer on the bank's page: sets the final status of a pending card or
+    // net-banking payment.
+    DecideOutcome decide(std::int64_t id, int paymentStatus);
 
     std::optional<Transaction> find(std::int64_t id) const;
 

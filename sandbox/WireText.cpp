@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <ctime>
@@ -69,6 +70,12 @@ std::string transactionTime()
 
 namespace {
 
+std::string maskedNumber(const std::string &number)
+{
+    std::size_t keep = std::min<std::size_t>(4, number.size());
+    return std::string(number.size() - keep, '*') + number.substr(number.size() - keep);
+}
+
 bool maskIn(nlohmann::json &value)
 {
     bool changed = false;
@@ -77,10 +84,8 @@ bool maskIn(nlohmann::json &value)
             if (key == "cvv" && !member.is_null()) {
                 member = "***";
                 changed = true;
-            } else if (key == "cardNumber" && member.is_string()) {
-                std::string number = member.get<std::string>();
-                size_t keep = std::min<size_t>(4, number.size());
-                member = std::string(number.size() - keep, '*') + number.substr(number.size() - keep);
+            } else if (key == "cardNumber" && (member.is_string() || member.is_number())) {
+                member = maskedNumber(member.is_string() ? member.get<std::string>() : member.dump());
                 changed = true;
             } else {
                 changed = maskIn(member) || changed;
@@ -93,6 +98,25 @@ bool maskIn(nlohmann::json &value)
     return changed;
 }
 
+// A body that does not parse (cut short, malformed) may still hold card data: mask the values
+// that follow the two names, as JSON members or form fields.
+std::string maskText(const std::string &body)
+{
+    static const std::regex number(R"re(("cardNumber"\s*:\s*"?|cardNumber=)([0-9]+))re");
+    static const std::regex jsonCvv(R"re(("cvv"\s*:\s*)("[^"]*"?|[0-9]+))re");
+    static const std::regex formCvv(R"re((^|&)cvv=[^&]*)re");
+    std::string out;
+    auto last = body.cbegin();
+    for (std::sregex_iterator it(body.begin(), body.end(), number), end; it != end; ++it) {
+        out.append(last, (*it)[2].first);
+        out += maskedNumber((*it)[2].str());
+        last = (*it)[2].second;
+    }
+    out.append(last, body.cend());
+    out = std::regex_replace(out, jsonCvv, "$1\"***\"");
+    return std::regex_replace(out, formCvv, "$1cvv=***");
+}
+
 } // namespace
 
 std::string maskCardData(const std::string &body)
@@ -100,7 +124,9 @@ std::string maskCardData(const std::string &body)
     if (body.find("cardNumber") == std::string::npos && body.find("cvv") == std::string::npos)
         return body;
     nlohmann::json parsed = nlohmann::json::parse(body, nullptr, false);
-    if (parsed.is_discarded() || !maskIn(parsed))
+    if (parsed.is_discarded())
+        return maskText(body);
+    if (!maskIn(parsed))
         return body;
     return parsed.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
@@ -110,6 +136,92 @@ std::string toLower(std::string text)
     std::transform(text.begin(), text.end(), text.begin(),
         [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
+}
+
+std::string formEncode(const std::string &text)
+{
+    static const char *hex = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char c : text) {
+        if (std::isalnum(c) || c == '-' || c == '.' || c == '_' || c == '~') {
+            out += static_cast<char>(c);
+        } else {
+            out += '%';
+            out += hex[c >> 4];
+            out += hex[c & 15];
+        }
+    }
+    return out;
+}
+
+std::string formDecode(const std::string &text)
+{
+    auto hexValue = [](char c) -> int {
+        if (c >= '0' && c <= '9')
+            return c - '0';
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+    };
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '+') {
+            out += ' ';
+        } else if (text[i] == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0
+            && hexValue(text[i + 2]) >= 0) {
+            out += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
+            i += 2;
+        } else {
+            out += text[i];
+        }
+    }
+    return out;
+}
+
+std::vector<std::pair<std::string, std::string>> parseForm(const std::string &body)
+{
+    std::vector<std::pair<std::string, std::string>> pairs;
+    std::size_t start = 0;
+    while (start <= body.size()) {
+        std::size_t end = body.find('&', start);
+        if (end == std::string::npos)
+            end = body.size();
+        std::string field = body.substr(start, end - start);
+        if (!field.empty()) {
+            std::size_t eq = field.find('=');
+            pairs.emplace_back(formDecode(field.substr(0, eq)),
+                eq == std::string::npos ? std::string() : formDecode(field.substr(eq + 1)));
+        }
+        start = end + 1;
+    }
+    return pairs;
+}
+
+std::optional<std::string> formValue(
+    const std::vector<std::pair<std::string, std::string>> &form, const std::string &name)
+{
+    for (const auto &[key, value] : form) {
+        if (key == name)
+            return value;
+    }
+    return std::nullopt;
+}
+
+std::string rupees(const std::string &amount)
+{
+    std::size_t point = amount.find('.');
+    std::string whole = amount.substr(0, point);
+    std::string fraction = point == std::string::npos ? std::string() : amount.substr(point + 1);
+    while (fraction.size() < 2)
+        fraction += '0';
+    // The last three digits form one group, every two before them another.
+    std::string grouped;
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        std::size_t left = whole.size() - i;
+        if (i > 0 && (left == 3 || (left > 3 && (left - 3) % 2 == 0)))
+            grouped += ',';
+        grouped += whole[i];
+    }
+    return "\xE2\x82\xB9" + grouped + '.' + fraction;
 }
 
 } // namespace kovena::sandbox::wire

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 // Small text helpers shared by the sandbox's endpoints and its request log.
 namespace kovena::sandbox::wire {
@@ -18,8 +20,21 @@ std::string utcTimestamp();
 // "2024-01-31 14:45:00" in local time, as the backend writes transaction times.
 std::string transactionTime();
 // The body with the values of any "cardNumber" (all but the last four digits) and "cvv"
-// members masked, when it is JSON; any other body is returned as it is.
+// masked: members at any depth of a JSON body; in a body that does not parse, the values that
+// follow those names as JSON members or form fields.
 std::string maskCardData(const std::string &body);
 std::string toLower(std::string text);
+
+// application/x-www-form-urlencoded: every byte but letters, digits and "-._~" as %XX.
+std::string formEncode(const std::string &text);
+// "+" as a blank and %XX as its byte; a broken escape stays as it is.
+std::string formDecode(const std::string &text);
+// The name=value pairs of a form body, decoded, in order (duplicates kept).
+std::vector<std::pair<std::string, std::string>> parseForm(const std::string &body);
+// The first value of `name` in parsed form pairs; nullopt when absent.
+std::optional<std::string> formValue(
+    const std::vector<std::pair<std::string, std::string>> &form, const std::string &name);
+// "1234567.5" as "₹12,34,567.50": Indian digit grouping, at least two decimals, none dropped.
+std::string rupees(const std::string &amount);
 
 } // namespace kovena::sandbox::wire

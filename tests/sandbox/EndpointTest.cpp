@@ -29,7 +29,7 @@ TEST_F(EndpointTest, AuthorizationIsCheckedOnEveryEndpoint)
         { "Bearer abc", std::nullopt },
     };
     const json body = { { "kovenaRefNumber", "42" }, { "transactionRefNumber", "" }, { "txnOtp", "" } };
-    for (const char *endpoint : { kStatus, kPay, kCollect }) {
+    for (const char *endpoint : { kStatus, kPay, kCollect, kBankList }) {
         for (const Row &row : rows) {
             SCOPED_TRACE(std::string(endpoint) + " with '" + row.authorization + "'");
             json reply = call(endpoint, body, row.authorization);
@@ -138,7 +138,8 @@ TEST_F(EndpointTest, RegistrationValidatesItsBody)
         { "empty reference", [](json &b) { b["merchantTransactionRefNumber"] = ""; }, "400BADREQ" },
         { "empty collector", [](json &b) { b["collectorId"] = ""; }, "400BADREQ" },
         { "no collector", [](json &b) { b.erase("collectorId"); }, "400BADREQ" },
-        { "card service", [](json &b) { b["serviceType"] = "28"; }, "400SERVICETYPE" },
+        { "card service without a card", [](json &b) { b["serviceType"] = "28"; }, "400BADREQ" },
+        { "unknown service", [](json &b) { b["serviceType"] = "5"; }, "400SERVICETYPE" },
         { "no service", [](json &b) { b.erase("serviceType"); }, "400SERVICETYPE" },
     };
     for (const Row &row : rows) {

@@ -1,6 +1,11 @@
 #include "RawConnection.h"
 #include "SandboxClient.h"
 
+#include "sandbox/RecordingServer.h"
+#include "sandbox/WireText.h"
+
+#include <netinet/tcp.h>
+
 #include <cstdio>
 #include <fstream>
 #include <thread>
@@ -124,6 +129,78 @@ TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
 
     // Tests still see exactly what was sent.
     EXPECT_EQ(sandbox.requests().front().body, card.dump());
+}
+
+TEST(CardDataMasking, HidesEveryCardNumberAndCvvOfAnyBody)
+{
+    struct Row
+    {
+        const char *what;
+        std::string body;
+        std::string masked;
+    };
+    const Row rows[] = {
+        { "card registration",
+            R"({"cvv":"123","bankAccount":{"cardNumber":"4111111111111111","cardName":"A B"}})",
+            R"({"bankAccount":{"cardName":"A B","cardNumber":"************1111"},"cvv":"***"})" },
+        { "numbers as JSON numbers", R"({"bankAccount":{"cardNumber":4111111111111111},"cvv":123})",
+            R"({"bankAccount":{"cardNumber":"************1111"},"cvv":"***"})" },
+        { "inside an array", R"({"cards":[{"cardNumber":"5555555555554444","cvv":"1234"}]})",
+            R"({"cards":[{"cardNumber":"************4444","cvv":"***"}]})" },
+        { "body cut after the number", R"({"cvv":"123","bankAccount":{"cardNumber":"4111111111111111","card)",
+            R"({"cvv":"***","bankAccount":{"cardNumber":"************1111","card)" },
+        { "body cut inside the CVV", R"({"bankAccount":{}, "cvv" : "12)",
+            R"({"bankAccount":{}, "cvv" : "***")" },
+        { "form fields", "cardNumber=4111111111111111&cvv=123&x=1",
+            "cardNumber=************1111&cvv=***&x=1" },
+        { "no card data", R"({"kovenaRefNumber":"42"})", R"({"kovenaRefNumber":"42"})" },
+        { "bank page form", "kovenaTransactionId=1700000000001&amount=10.50&device_type=0",
+            "kovenaTransactionId=1700000000001&amount=10.50&device_type=0" },
+        { "not JSON", "not json", "not json" },
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        const std::string masked = wire::maskCardData(row.body);
+        json parsed = json::parse(masked, nullptr, false);
+        if (parsed.is_discarded())
+            EXPECT_EQ(masked, row.masked);
+        else
+            EXPECT_EQ(parsed, json::parse(row.masked));
+        for (const char *secret : { "4111111111111111", "5555555555554444", "\"123\"", "cvv=123" })
+            EXPECT_EQ(masked.find(secret), std::string::npos) << secret;
+    }
+}
+
+TEST(RecordingServer, EveryAcceptedConnectionHasNagleOff)
+{
+    RecordingServer server;
+    server.Get("/nodelay", [](const httplib::Request &, httplib::Response &response) {
+        int value = -1;
+        socklen_t length = sizeof(value);
+        const int socket = RecordingServer::currentSocket();
+        if (socket < 0 || ::getsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &value, &length) != 0)
+            value = -1;
+        response.set_content(std::to_string(value), "text/plain");
+    });
+    const int port = server.bind_to_any_port("127.0.0.1");
+    ASSERT_GT(port, 0);
+    std::thread loop([&] { server.listen_after_bind(); });
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (!server.is_running() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+
+    // Two requests on one kept-alive connection, then one on a second connection.
+    httplib::Client keptAlive("127.0.0.1", port);
+    keptAlive.set_keep_alive(true);
+    httplib::Client other("127.0.0.1", port);
+    for (httplib::Client *client : { &keptAlive, &keptAlive, &other }) {
+        auto result = client->Get("/nodelay");
+        EXPECT_TRUE(result);
+        EXPECT_GT(result ? std::stoi(result->body) : -1, 0);
+    }
+    EXPECT_EQ(RecordingServer::currentSocket(), -1);
+    server.stop();
+    loop.join();
 }
 
 TEST(SandboxLifecycle, StartsStopsAndRestarts)

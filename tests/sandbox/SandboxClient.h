@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 namespace kovena::sandbox::test {
 
 // A started sandbox and a plain HTTP client that speaks to it as the library would.
@@ -61,9 +63,44 @@ protected:
                 { "customerEmail", "a@b.in" } });
     }
 
+    // A card registration as the card screen sends it; the card expires next year.
+    static nlohmann::json cardBody(const std::string &reference = "ORD-C")
+    {
+        std::time_t t = std::time(nullptr);
+        std::tm now {};
+        localtime_r(&t, &now);
+        return { { "cvv", "123" }, { "collectorId", "COL-7" }, { "requestedAmount", "10.50" },
+            { "merchantTransactionRefNumber", reference }, { "customerMobNum", "9999999999" },
+            { "customerEmail", "a@b.in" }, { "serviceType", "28" }, { "requestId", "REQ-1" },
+            { "retry", false },
+            { "bankAccount",
+                { { "cardNumber", "4111111111111111" }, { "cardName", "Asha Rao" },
+                    { "cardExpiryMonth", "12" },
+                    { "cardExpiryYear", std::to_string(now.tm_year + 1901) } } } };
+    }
+
+    static nlohmann::json netBankingBody(
+        const std::string &netbankingId, const std::string &reference = "ORD-N")
+    {
+        return { { "serviceType", "28" }, { "netbankingId", netbankingId }, { "requestedAmount", "10.50" },
+            { "merchantTransactionRefNumber", reference }, { "collectorId", "COL-7" },
+            { "requestId", "REQ-1" }, { "customerMobNum", "9999999999" }, { "retry", false },
+            { "customerEmail", "a@b.in" } };
+    }
+
+    // A form post to one of the bank's pages, e.g. "/bank/pay".
+    httplib::Result postForm(const std::string &path, const std::string &body,
+        const std::string &contentType = "application/x-www-form-urlencoded")
+    {
+        httplib::Client client("127.0.0.1", sandbox.port());
+        client.set_read_timeout(10, 0);
+        return client.Post(path.c_str(), body, contentType.c_str());
+    }
+
     static constexpr const char *kStatus = "v1/sdk/txn/1/false/2";
     static constexpr const char *kPay = "v1/sdk/payForService";
     static constexpr const char *kCollect = "v1/sdk/sendCollectOrSMS";
+    static constexpr const char *kBankList = "v1/netbanking/listofbanks";
 
     Sandbox sandbox;
 };
