@@ -1,0 +1,330 @@
+// The bank page in a real embedded browser against the in-process sandbox: the form it posts,
+// the return address it watches for, the one status enquiry and the two ways it reports.
+// Main-queue work runs on the manual clock; the browser and the network run for real and the
+// tests wait for them with bounded loops.
+#include "api/ApiManager.h"
+#include "api/Callbacks.h"
+#include "api/JsonValue.h"
+#include "model/TransactionStatus.h"
+#include "payment/PaymentViewController.h"
+#include "platform/ManualScheduler.h"
+#include "platform/NavigationController.h"
+#include "platform/UserDefaults.h"
+#include "sandbox/Sandbox.h"
+#include "support/TestMerchant.h"
+
+#include <QTest>
+#include <QWebEnginePage>
+#include <QWebEngineView>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <mutex>
+#include <utility>
+
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace kovena {
+namespace {
+
+const std::string kStatusPath = "/KoVena/v1/sdk/txn/1/false/2";
+const std::string kBankPagePath = "/bank/pay";
+
+sandbox::Sandbox *g_sandbox = nullptr;
+
+class SandboxEnvironment : public ::testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        g_sandbox = new sandbox::Sandbox;
+        ASSERT_NE(g_sandbox->start(), 0);
+        ASSERT_TRUE(ApiManager::setServerUrl(QString::fromStdString(g_sandbox->baseUrl())));
+    }
+    void TearDown() override { delete std::exchange(g_sandbox, nullptr); }
+};
+[[maybe_unused]] const auto *g_environment = ::testing::AddGlobalTestEnvironment(new SandboxEnvironment);
+
+// What the backend answered to a card payment's registration.
+struct Registration
+{
+    QString url, postParams, kovenaTransactionId;
+};
+
+class RegistrationRecorder final : public PaymentCallback
+{
+public:
+    void getPaymentParams(const QString &url, const QString &postParams, const QString &id) override
+    {
+        std::lock_guard lock(m_mutex);
+        m_answer = Registration { url, postParams, id };
+    }
+    std::optional<Registration> answer() const
+    {
+        std::lock_guard lock(m_mutex);
+        return m_answer;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::optional<Registration> m_answer;
+};
+
+Registration registerCardPayment()
+{
+    auto recorder = std::make_shared<RegistrationRecorder>();
+    ApiManager::payCard(recorder, u"ORD-BANK-1"_s, u"4111111111111111"_s, u"A B"_s, u"12"_s, u"2099"_s,
+        u"123"_s, u"100.00"_s, u"COLL-1"_s);
+    if (!QTest::qWaitFor([&] { return recorder->answer().has_value(); }, 10000))
+        return {};
+    return *recorder->answer();
+}
+
+std::vector<sandbox::RecordedRequest> requestsTo(const std::string &path)
+{
+    std::vector<sandbox::RecordedRequest> out;
+    for (const auto &request : g_sandbox->requests())
+        if (request.path == path)
+            out.push_back(request);
+    return out;
+}
+
+class BankPageTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_NE(g_sandbox, nullptr);
+        g_sandbox->clearScriptedReplies();
+        UserDefaults &defaults = UserDefaults::standard();
+        defaults.setString(u"accessToken"_s, u"bank-page-token"_s);
+        defaults.setString(u"requestId"_s, u"REQ-BANK"_s);
+        defaults.setBool(u"retry"_s, false);
+        registration = registerCardPayment();
+        ASSERT_FALSE(registration.url.isEmpty());
+        g_sandbox->clearRequests();
+    }
+
+    // Pushes the bank page over a screen of the flow, as the card screen's segue does.
+    void open(const QString &url, const QString &postData)
+    {
+        window.resize(375, 667);
+        merchant = new testing::TestMerchant;
+        merchant->setParent(&window);
+        nav = new NavigationController;
+        page = new PaymentViewController;
+        page->url = url;
+        page->postData = postData;
+        page->kovenaTransactionId = registration.kovenaTransactionId;
+        page->merchantVC = merchant;
+        QObject::connect(page->webView, &QWebEngineView::loadFinished, page,
+            [this](bool ok) { loadedUrls << (ok ? page->webView->url().toString() : QString()); });
+        nav->setViewControllers({ new ViewController, page.data() });
+        setRootViewController(&window, nav);
+        window.show();
+        clock.runDue();
+    }
+    void open() { open(registration.url, registration.postParams); }
+
+    // Waits for `done`, running main-queue work as it is posted.
+    bool waitFor(const std::function<bool()> &done, int ms = 15000)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                clock.runDue();
+                return done();
+            },
+            ms);
+    }
+
+    bool pageShows(const char *elementId)
+    {
+        bool found = false, answered = false;
+        page->webView->page()->runJavaScript(
+            u"document.getElementById('%1') !== null"_s.arg(QLatin1StringView(elementId)),
+            [&](const QVariant &v) {
+                found = v.toBool();
+                answered = true;
+            });
+        return QTest::qWaitFor([&] { return answered; }, 5000) && found;
+    }
+
+    void press(const char *elementId)
+    {
+        page->webView->page()->runJavaScript(
+            u"document.getElementById('%1').click()"_s.arg(QLatin1StringView(elementId)));
+    }
+
+    ManualScheduler clock;
+    ScopedScheduler scoped { clock };
+    QWidget window;
+    Registration registration;
+    QPointer<testing::TestMerchant> merchant;
+    QPointer<NavigationController> nav;
+    QPointer<PaymentViewController> page;
+    QStringList loadedUrls;
+};
+
+struct Decision
+{
+    const char *button;
+    qint64 paymentStatus;
+    const char *description;
+};
+
+class BankPageDecisionTest : public BankPageTest, public ::testing::WithParamInterface<Decision>
+{
+};
+
+TEST_P(BankPageDecisionTest, TheReturnStartsOneEnquiryAndItsStatusReachesTheMerchantOnce)
+{
+    const Decision &decision = GetParam();
+    open();
+    ASSERT_TRUE(waitFor([&] { return !loadedUrls.isEmpty(); }));
+    ASSERT_TRUE(pageShows(decision.button));
+
+    // The form goes out as the backend wrote it, but for the device type.
+    const auto posted = requestsTo(kBankPagePath);
+    ASSERT_EQ(posted.size(), 1u);
+    EXPECT_EQ(posted[0].method, "POST");
+    QString expected = registration.postParams;
+    expected.replace(u"device_type=1"_s, u"device_type=0"_s);
+    EXPECT_EQ(QString::fromStdString(posted[0].body), expected);
+    EXPECT_TRUE(posted[0].body.find("device_type=0") != std::string::npos);
+
+    press(decision.button);
+    ASSERT_TRUE(waitFor([&] { return merchant->callCount() == 1; }));
+    EXPECT_TRUE(page->scheme.contains(u"KoVena//v3/return"_s));
+    EXPECT_FALSE(page->isBackPressed());
+
+    const auto calls = merchant->calls();
+    EXPECT_EQ(calls[0].record->data->paymentStatus, decision.paymentStatus);
+    EXPECT_EQ(calls[0].record->data->description, QString::fromUtf8(decision.description));
+    // A completed payment is reported on the thread its status arrived on.
+    EXPECT_FALSE(calls[0].onMainThread);
+
+    const auto enquiries = requestsTo(kStatusPath);
+    ASSERT_EQ(enquiries.size(), 1u);
+    EXPECT_EQ(nlohmann::json::parse(enquiries[0].body),
+        (nlohmann::json { { "kovenaRefNumber", registration.kovenaTransactionId.toStdString() },
+            { "transactionRefNumber", "" }, { "txnOtp", "" } }));
+
+    // The return timer was fired at once: nothing more when it would have been due.
+    clock.advance(5000ms);
+    QTest::qWait(0);
+    EXPECT_EQ(requestsTo(kStatusPath).size(), 1u);
+    // The return page itself is never loaded.
+    for (const auto &request : g_sandbox->requests())
+        EXPECT_EQ(request.path.find("v3/return"), std::string::npos) << request.path;
+
+    EXPECT_FALSE(page->loader().isAnimating());
+
+    // Leaving after the report reports nothing more.
+    nav->popViewController(false);
+    clock.runDue();
+    EXPECT_EQ(merchant->callCount(), 1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Buttons, BankPageDecisionTest,
+    ::testing::Values(Decision { "approve", 1, "Success" }, Decision { "decline", 2, "Fail" }),
+    [](const auto &info) { return std::string(info.param.button); });
+
+TEST_F(BankPageTest, LeavingBeforeTheReturnReportsABareCancellationOnTheMainThread)
+{
+    open();
+    ASSERT_TRUE(waitFor([&] { return !loadedUrls.isEmpty(); }));
+    nav->popViewController(true);
+    ASSERT_TRUE(waitFor([&] { return merchant->callCount() == 1; }));
+    const auto call = merchant->calls()[0];
+    EXPECT_TRUE(call.onMainThread);
+    EXPECT_EQ(call.record->dictionaryRepresentation(),
+        JsonValue::parse(R"({"data":{"paymentStatus":-1,"description":"Cancelled"}})"));
+    EXPECT_TRUE(requestsTo(kStatusPath).empty());
+}
+
+TEST_F(BankPageTest, LeavingWhileTheEnquiryRunsReportsTheCancellationAndThenTheStatus)
+{
+    sandbox::ScriptedReply slow;
+    slow.delay = 1500ms;
+    slow.handleNormally = true;
+    g_sandbox->enqueueReply("v1/sdk/txn/1/false/2", slow);
+    open();
+    ASSERT_TRUE(waitFor([&] { return !loadedUrls.isEmpty(); }));
+    press("approve");
+    ASSERT_TRUE(waitFor([&] { return requestsTo(kStatusPath).size() == 1; }));
+    nav->popViewController(true);
+    ASSERT_TRUE(waitFor([&] { return merchant->callCount() == 2; }));
+    EXPECT_EQ(merchant->statuses(), (QStringList { u"-1 Cancelled"_s, u"1 Success"_s }));
+}
+
+TEST_F(BankPageTest, AReturnAddressWithASingleSlashLoadsLikeAnyPage)
+{
+    open();
+    ASSERT_TRUE(waitFor([&] { return !loadedUrls.isEmpty(); }));
+    const QString single
+        = QString::fromStdString(g_sandbox->baseUrl()) + u"v3/return?kovenaTransactionId=1"_s;
+    ASSERT_TRUE(single.contains(u"KoVena/v3/return"_s));
+    page->webView->page()->runJavaScript(u"location.href = '%1'"_s.arg(single));
+    ASSERT_TRUE(waitFor([&] { return loadedUrls.contains(single); }));
+    EXPECT_EQ(page->scheme, single);
+    EXPECT_TRUE(page->isBackPressed());
+    EXPECT_TRUE(requestsTo(kStatusPath).empty());
+    EXPECT_EQ(merchant->callCount(), 0u);
+}
+
+TEST(BankPageForm, IsPostedAsAsciiWithEachOtherCharacterReplaced)
+{
+    const std::pair<const char *, const char *> rows[] = {
+        { "a=1&b=2", "a=1&b=2" },
+        { "name=Ravi Kumar&amount=\u20b9100", "name=Ravi Kumar&amount=?100" },
+        { "city=M\u00fcnchen", "city=M?nchen" },
+        { "smile=\U0001F600!", "smile=?!" }, // one character, two UTF-16 units: one "?"
+        { "", "" },
+    };
+    for (const auto &[text, posted] : rows)
+        EXPECT_EQ(PaymentViewController::asciiLossy(QString::fromUtf8(text)), QByteArray(posted)) << text;
+}
+
+TEST_F(BankPageTest, EveryDeviceTypeOneInTheFormIsPostedAsZero)
+{
+    open(registration.url, registration.postParams + u"&b=device_type=1&device_type=10"_s);
+    ASSERT_TRUE(waitFor([&] { return !loadedUrls.isEmpty(); }));
+    const auto posted = requestsTo(kBankPagePath);
+    ASSERT_EQ(posted.size(), 1u);
+    const std::string &body = posted[0].body;
+    EXPECT_EQ(body.find("device_type=1&"), std::string::npos);
+    EXPECT_NE(body.find("&b=device_type=0&device_type=00"), std::string::npos) << body;
+}
+
+// Each death test opens the page and goes straight to the return address, with the status
+// enquiry's answer scripted.
+class BankPageDeathTest : public BankPageTest
+{
+protected:
+    void returnWith(const char *statusReply)
+    {
+        sandbox::ScriptedReply reply;
+        reply.body = statusReply;
+        g_sandbox->enqueueReply("v1/sdk/txn/1/false/2", reply);
+        open();
+        page->shouldStartLoad(QUrl(QString::fromStdString(g_sandbox->baseUrl()) + u"/v3/return"_s));
+        waitFor([] { return false; }, 10000);
+    }
+};
+
+TEST_F(BankPageDeathTest, FatalSpots)
+{
+    EXPECT_DEATH(open(u"not an address"_s, registration.postParams),
+        "kovena: fatal error: bank page: the page address cannot be parsed");
+    EXPECT_DEATH(returnWith(R"({"error":"Service unavailable"})"),
+        "kovena: fatal error: bank page: the status enquiry answered no status");
+    EXPECT_DEATH(returnWith(R"({"responseCode":"200TRANSRESPSUCC","data":{}})"),
+        "kovena: fatal error: bank page: the transaction status has no payment status");
+    EXPECT_DEATH(returnWith(R"({"responseCode":"200TRANSRESPSUCC","data":{"paymentStatus":4294967297}})"),
+        "kovena: fatal error: bank page: the payment status does not fit in 32 bits");
+}
+
+} // namespace
+} // namespace kovena
