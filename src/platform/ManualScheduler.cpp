@@ -1,6 +1,7 @@
 #include "platform/ManualScheduler.h"
 
 #include <QMutexLocker>
+#include <QThread>
 
 #include <algorithm>
 
@@ -19,15 +20,20 @@ void ManualScheduler::post(QueueKind queue, std::chrono::milliseconds delay, std
         return;
     QMutexLocker lock(&m_mutex);
     const auto due = m_now + std::max(delay, std::chrono::milliseconds(0));
-    m_entries.push_back(Entry { due, m_seq++, queue, std::move(block) });
+    m_entries.push_back(Entry { due, m_seq++, queue, QThread::currentThreadId(), std::move(block) });
 }
 
-bool ManualScheduler::takeNextDue(std::chrono::milliseconds limit, Entry &out)
+bool ManualScheduler::takeNextDue(std::chrono::milliseconds limit, std::uint64_t postedBefore, Entry &out)
 {
     QMutexLocker lock(&m_mutex);
+    const Qt::HANDLE runner = QThread::currentThreadId();
     auto best = m_entries.end();
     for (auto it = m_entries.begin(); it != m_entries.end(); ++it) {
         if (it->due > limit)
+            continue;
+        // What another thread posts while the clock runs waits for the next call, so a test
+        // never depends on how quickly that thread was.
+        if (it->seq >= postedBefore && it->postedBy != runner)
             continue;
         if (best == m_entries.end() || runsBefore(it->due, it->seq, best->due, best->seq))
             best = it;
@@ -43,13 +49,15 @@ bool ManualScheduler::takeNextDue(std::chrono::milliseconds limit, Entry &out)
 int ManualScheduler::advance(std::chrono::milliseconds by)
 {
     std::chrono::milliseconds limit;
+    std::uint64_t postedBefore = 0;
     {
         QMutexLocker lock(&m_mutex);
         limit = m_now + std::max(by, std::chrono::milliseconds(0));
+        postedBefore = m_seq;
     }
     int ran = 0;
     Entry entry;
-    while (takeNextDue(limit, entry)) {
+    while (takeNextDue(limit, postedBefore, entry)) {
         // Run outside the lock: the block may post more work or read the clock.
         auto block = std::move(entry.block);
         block();

@@ -3,6 +3,7 @@
 #include "platform/Scheduler.h"
 
 #include <QMutex>
+#include <qnamespace.h>
 
 #include <chrono>
 #include <cstdint>
@@ -11,7 +12,8 @@
 namespace kovena {
 
 // A scheduler whose clock only moves when told to. Every block, whatever its queue, runs on
-// the thread that calls advance()/runDue(), in order of due time, then of posting.
+// the thread that calls advance()/runDue(), in order of due time, then of posting. Blocks that
+// other threads post while the clock runs wait for the next call.
 // Install it with ScopedScheduler (or setScheduler) in tests.
 class ManualScheduler : public Scheduler
 {
@@ -19,7 +21,8 @@ public:
     void post(QueueKind queue, std::chrono::milliseconds delay, std::function<void()> block) override;
 
     // Runs every block due at or before now + `by`, moving the clock to each due time in turn;
-    // blocks posted meanwhile run too if they fall inside the window. Returns how many ran.
+    // blocks the running blocks post meanwhile run too if they fall inside the window. Returns
+    // how many ran.
     int advance(std::chrono::milliseconds by);
     // Runs the blocks due now (including ones they post for now). Returns how many ran.
     int runDue();
@@ -37,9 +40,10 @@ private:
         std::chrono::milliseconds due;
         std::uint64_t seq;
         QueueKind queue;
+        Qt::HANDLE postedBy;
         std::function<void()> block;
     };
-    bool takeNextDue(std::chrono::milliseconds limit, Entry &out);
+    bool takeNextDue(std::chrono::milliseconds limit, std::uint64_t postedBefore, Entry &out);
 
     mutable QMutex m_mutex;
     std::vector<Entry> m_entries;
