@@ -120,6 +120,23 @@ TEST(ManualScheduler, AcceptsPostsFromOtherThreads)
     EXPECT_EQ(ran.load(), 1000);
 }
 
+// A reply that another thread queues while the clock runs must not be handled before the test
+// gets control back, however quickly it arrived.
+TEST(ManualScheduler, WhatAnotherThreadPostsWhileTheClockRunsWaitsForTheNextCall)
+{
+    ManualScheduler s;
+    std::vector<std::string> order;
+    s.post(QueueKind::Main, 0ms, [&] {
+        order.push_back("first");
+        std::thread([&] { s.post(QueueKind::Main, 0ms, [&] { order.push_back("from thread"); }); }).join();
+        s.post(QueueKind::Main, 0ms, [&] { order.push_back("from block"); });
+    });
+    EXPECT_EQ(s.runDue(), 2);
+    EXPECT_EQ(order, (std::vector<std::string> { "first", "from block" }));
+    EXPECT_EQ(s.runDue(), 1);
+    EXPECT_EQ(order.back(), "from thread");
+}
+
 TEST(Dispatch, WorkItemCancelledBeforeItsTimeDoesNotRun)
 {
     ManualScheduler s;
