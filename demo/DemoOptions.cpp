@@ -24,6 +24,7 @@ constexpr OptionDef kOptions[] = {
     { "record", "FILE", "Append every request the in-process sandbox receives to FILE." },
     { "flow", "FLOW", "checkout (default) or status." },
     { "timeout", "S", "Headless: give up after S seconds with exit code 3 (default 60)." },
+    { "settings", "DIR", "Headless: keep the library's user defaults in DIR (default: a temporary folder)." },
     { "amount", "AMOUNT", "Checkout amount (default 100)." },
     { "order", "ORDER", "Order number of a checkout (default ORD-<n>), order id of a status enquiry." },
     { "token", "TOKEN", "Merchant access token (default demo-token)." },
@@ -53,7 +54,8 @@ const QStringList kCustomerOptions = kCardOptions + kBankOptions + QStringList {
 const QStringList kCheckoutOnly = QStringList { u"amount"_s, u"collector"_s, u"mobile"_s, u"email"_s,
     u"request-id"_s, u"app-name"_s, u"mode"_s, u"vpa"_s, u"cancel"_s }
     + kCustomerOptions;
-const QStringList kHeadlessOnly = QStringList { u"vpa"_s, u"cancel"_s, u"timeout"_s } + kCustomerOptions;
+const QStringList kHeadlessOnly
+    = QStringList { u"vpa"_s, u"cancel"_s, u"timeout"_s, u"settings"_s } + kCustomerOptions;
 // The popular banks' buttons by the code of their bank.
 const QStringList kPopularBankCodes = { u"SBIB"_s, u"AXIB"_s, u"HDFB"_s, u"YESB"_s, u"PNBB"_s, u"ICIB"_s };
 
@@ -226,6 +228,7 @@ ParseOutcome parseDemoOptions(const QStringList &arguments)
     take(u"app-name"_s, o.appName);
     take(u"mode"_s, o.paymentMode);
     take(u"txn"_s, o.kovenaTransactionId);
+    take(u"settings"_s, o.settingsDir);
     o.cancel = parser.isSet(u"cancel"_s);
     if (parser.isSet(u"vpa"_s)) {
         o.vpa = parser.value(u"vpa"_s);

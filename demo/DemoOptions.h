@@ -17,6 +17,7 @@ struct DemoOptions
     bool headless = false;
     QString serverUrl; // empty: start the sandbox in-process
     QString recordFile; // sandbox only: where its request log goes
+    QString settingsDir; // headless: where the library keeps its user defaults (empty: a temporary folder)
     Flow flow = Flow::Checkout;
     double timeoutSeconds = 60;
 

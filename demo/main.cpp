@@ -93,7 +93,8 @@ int main(int argc, char **argv)
             std::fprintf(stderr, "kovena-demo: cannot create a temporary settings folder\n");
             return 1;
         }
-        kovena::UserDefaults::setStandardLocation(scratch.path());
+        kovena::UserDefaults::setStandardLocation(
+            options.settingsDir.isEmpty() ? scratch.path() : options.settingsDir);
     }
 
     kovena::demo::DemoBackend backend;

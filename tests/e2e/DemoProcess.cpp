@@ -82,12 +82,13 @@ std::string DemoRun::transcript() const
     return text;
 }
 
-DemoRun runDemo(const QStringList &arguments, int limitMs)
+DemoRun runDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &extra)
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     environment.insert(QStringLiteral("QTWEBENGINE_DISABLE_SANDBOX"), QStringLiteral("1"));
+    environment.insert(extra);
     process.setProcessEnvironment(environment);
     process.setProgram(QStringLiteral(KOVENA_DEMO_EXE));
     process.setArguments(arguments);
@@ -108,7 +109,9 @@ DemoRun runDemo(const QStringList &arguments, int limitMs)
         run.exitCode = process.exitCode();
     }
 
-    const QList<QByteArray> lines = process.readAllStandardOutput().split('\n');
+    const QByteArray output = process.readAllStandardOutput();
+    run.standardOutput = QString::fromUtf8(output);
+    const QList<QByteArray> lines = output.split('\n');
     for (const QByteArray &line : lines) {
         if (line.isEmpty())
             continue;
@@ -122,9 +125,9 @@ DemoRun runDemo(const QStringList &arguments, int limitMs)
     return run;
 }
 
-DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs)
+DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &environment)
 {
-    return runDemo(QStringList { QStringLiteral("--headless") } + arguments, limitMs);
+    return runDemo(QStringList { QStringLiteral("--headless") } + arguments, limitMs, environment);
 }
 
 } // namespace kovena::e2e

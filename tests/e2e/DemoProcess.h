@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -18,6 +19,7 @@ struct DemoRun
     int exitCode = -1;
     std::vector<nlohmann::ordered_json> events; // stdout, one object per line
     QStringList malformedLines; // stdout lines that are not a JSON object with "event"
+    QString standardOutput; // as printed
     QString standardError;
 
     bool exitedWith(int code) const
@@ -36,9 +38,12 @@ struct DemoRun
     std::string transcript() const;
 };
 
-// Runs `kovena-demo --headless <arguments>` and waits for it to end (at most `limitMs`).
-DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs = 90000);
+// Runs `kovena-demo --headless <arguments>` and waits for it to end (at most `limitMs`), with
+// `environment` added to the test's own.
+DemoRun runHeadlessDemo(
+    const QStringList &arguments, int limitMs = 90000, const QProcessEnvironment &environment = {});
 // Runs kovena-demo with exactly these arguments.
-DemoRun runDemo(const QStringList &arguments, int limitMs = 90000);
+DemoRun runDemo(
+    const QStringList &arguments, int limitMs = 90000, const QProcessEnvironment &environment = {});
 
 } // namespace kovena::e2e
