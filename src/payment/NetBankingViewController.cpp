@@ -6,6 +6,7 @@
 #include "flow/CallbackRelay.h"
 #include "flow/Utils.h"
 #include "model/BankNBData.h"
+#include "model/TransactionStatus.h"
 #include "payment/PopularBanks.h"
 #include "platform/Dispatch.h"
 #include "platform/FatalError.h"
@@ -214,6 +215,14 @@ void NetBankingViewController::getPaymentParams(
         });
     }
     BankPageOpener::getPaymentParams(url, postParams, kovenaTransactionId);
+}
+
+void NetBankingViewController::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
+{
+    if (task)
+        task->cancel();
+    loadering(false);
+    BankPageOpener::btnBack(std::move(trnasactionStatus), status);
 }
 
 void NetBankingViewController::paintProceed(const QColor &colour)

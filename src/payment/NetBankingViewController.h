@@ -56,6 +56,10 @@ public:
     void getPaymentParams(
         const QString &url, const QString &postParams, const QString &kovenaTransactionId) override;
 
+    // Cancelling ends the checkout here: a payment still being registered is abandoned, so its
+    // bank page cannot open after the merchant has heard of the cancellation.
+    void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status) override;
+
     // Fills the drop-down list; an index of `list` must be an index of bankList.
     void setupAmountDropDown(const QStringList &list);
 

@@ -25,7 +25,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <optional>
@@ -166,22 +165,14 @@ protected:
         QTest::mouseClick(button(name), Qt::LeftButton);
         clock.runDue();
     }
-    // Opens the list with `opener` and presses `keys` on it; "<Down>", "<Return>" are keys.
-    void chooseWithKeyboard(const char *opener, const QString &keys)
+    // Opens the list with `opener` and presses `keys` on it (a letter key types the letter).
+    void chooseWithKeyboard(const char *opener, std::initializer_list<Qt::Key> keys)
     {
         tap(opener);
         QListView *list = screen->amountDropDown.listView();
         ASSERT_TRUE(list && list->isVisible());
-        for (qsizetype i = 0; i < keys.size(); ++i) {
-            if (keys.at(i) == u'<') {
-                const qsizetype end = keys.indexOf(u'>', i);
-                const QString key = keys.mid(i + 1, end - i - 1);
-                QTest::keyClick(list, key == u"Down"_s ? Qt::Key_Down : Qt::Key_Return);
-                i = end;
-            } else {
-                QTest::keyClicks(list, QString(keys.at(i)));
-            }
-        }
+        for (const Qt::Key key : keys)
+            QTest::keyClick(list, key);
         ASSERT_FALSE(screen->amountDropDown.isVisible());
         clock.runDue();
     }
@@ -201,7 +192,6 @@ protected:
             texts << label->text();
         return texts;
     }
-    QColor proceedColour() const { return screen->btnProceed1->palette().color(QPalette::Button); }
 
     sandbox::Sandbox *sandbox = nullptr;
     std::atomic<bool> online { true };
@@ -254,7 +244,7 @@ TEST_P(NetBankingPopularTest, EachButtonPaysWithItsBankOrSaysErrorOccured)
     // The list is on its own: whatever the buttons found, its first entry pays with the first bank.
     if (row.firstListed != 0) {
         sandbox->enqueueReply(kPayEndpoint, kDeclined);
-        chooseWithKeyboard("btnSelectBank", u"<Return>"_s);
+        chooseWithKeyboard("btnSelectBank", { Qt::Key_Return });
         tap("btnProceed1");
         expectedIds.push_back(std::to_string(row.firstListed));
         ASSERT_TRUE(settle([&] { return payments().size() == expectedIds.size() && !loading(); }));
@@ -297,18 +287,20 @@ TEST_P(NetBankingChoiceTest, TheThirdNameInTheListPaysWithTheThirdBankAndOpensIt
     ASSERT_TRUE(screen->currentButtonBg);
     EXPECT_NE(*screen->currentButtonBg, QColor(Qt::lightGray));
     EXPECT_FALSE(screen->btnProceed1->isEnabled());
-    EXPECT_EQ(proceedColour(), QColor(Qt::lightGray));
+    EXPECT_EQ(screen->btnProceed1->palette().color(QPalette::Button), QColor(Qt::lightGray));
     EXPECT_FALSE(screen->btnProceedInvisible->isEnabled());
     EXPECT_TRUE(screen->btnProceedInvisible->isHidden());
 
     // By arrows from the first entry, or by typing the start of its name.
     const bool byArrows = QLatin1String(GetParam()) == "btnSelectBank"_L1;
-    chooseWithKeyboard(GetParam(), byArrows ? u"<Down><Down><Return>"_s : u"B<Return>"_s);
+    chooseWithKeyboard(GetParam(),
+        byArrows ? std::initializer_list { Qt::Key_Down, Qt::Key_Down, Qt::Key_Return }
+                 : std::initializer_list { Qt::Key_B, Qt::Key_Return });
     EXPECT_EQ(screen->amountDropDown.listView()->accessibleName(), u"Bank"_s);
     EXPECT_EQ(screen->btnSelectBank->text(), u"Bank of Baroda"_s);
     ASSERT_EQ(screen->bank, screen->bankList.at(2));
     EXPECT_TRUE(screen->btnProceed1->isEnabled());
-    EXPECT_EQ(proceedColour(), *screen->currentButtonBg);
+    EXPECT_EQ(screen->btnProceed1->palette().color(QPalette::Button), *screen->currentButtonBg);
 
     sandbox->enqueueReply(kPayEndpoint, kAccepted);
     tap("btnProceed1");
@@ -336,7 +328,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(NetBankingScreenTest, WithoutNetworkNothingIsSentAndNoNetworkComesFirst)
 {
     openWithList(kDuplicateSbi);
-    chooseWithKeyboard("btnDropDownList", u"<Down><Return>"_s);
+    chooseWithKeyboard("btnDropDownList", { Qt::Key_Down, Qt::Key_Return });
     online = false;
     tap("btnProceed1");
     tap("btnSbiBank");
@@ -351,7 +343,7 @@ TEST_F(NetBankingScreenTest, WithoutNetworkNothingIsSentAndNoNetworkComesFirst)
 TEST_F(NetBankingScreenTest, ASecondTapWhileAPaymentIsBeingRegisteredSendsNothing)
 {
     openWithList(kFullList);
-    chooseWithKeyboard("btnSelectBank", u"<Return>"_s);
+    chooseWithKeyboard("btnSelectBank", { Qt::Key_Return });
     sandbox->enqueueReply(kPayEndpoint, kDeclined);
     sandbox->enqueueReply(kPayEndpoint, kDeclined);
     QTest::mouseClick(button("btnSbiBank"), Qt::LeftButton);
@@ -432,42 +424,61 @@ INSTANTIATE_TEST_SUITE_P(Moments, NetBankingLeaveTest,
         LeaveRow { "payment_covered", true, false }),
     [](const auto &info) { return std::string(info.param.name); });
 
-class NetBankingCancelTest : public NetBankingScreenTest, public ::testing::WithParamInterface<bool>
+struct CancelRow
+{
+    const char *name;
+    bool modeChosen; // else the payment option screen lies behind, and Cancel is not offered
+    bool duringPayment;
+};
+
+class NetBankingCancelTest : public NetBankingScreenTest, public ::testing::WithParamInterface<CancelRow>
 {
 };
 
-TEST_P(NetBankingCancelTest, CancelSitsInTheBarOnlyWhenTheMerchantChoseTheMode)
+TEST_P(NetBankingCancelTest, CancelAsksFirstAndProceedReportsCancelledOnce)
 {
-    screen->isPaymentModeAvail = GetParam();
+    const CancelRow &row = GetParam();
+    screen->isPaymentModeAvail = row.modeChosen;
     openWithList(kFullList);
-    EXPECT_EQ(nav->backButton()->isHidden(), GetParam());
-    ASSERT_EQ(screen->navigationItem().rightBarButtonItem.has_value(), GetParam());
-    if (!GetParam())
+    EXPECT_EQ(nav->backButton()->isHidden(), row.modeChosen);
+    ASSERT_EQ(screen->navigationItem().rightBarButtonItem.has_value(), row.modeChosen);
+    if (!row.modeChosen)
         return;
     EXPECT_EQ(nav->rightButton()->text(), u"Cancel"_s);
+    if (row.duringPayment) {
+        // Accepted, but long after the customer has cancelled.
+        sandbox->enqueueReply(kPayEndpoint, { .status = 200, .body = kAccepted.body, .delay = 600s });
+        tap("btnPnbBank");
+        ASSERT_TRUE(sandbox->waitForRequests(2, std::chrono::milliseconds(test::kWaitMs)));
+    }
+    const DataTaskPtr payment = screen->task;
 
-    const auto answer = [&](const QString &choice) {
+    // The question's buttons: "alertAction0" is "Cancel", "alertAction1" is "Proceed".
+    const auto answer = [&](const char *action) {
         QTest::mouseClick(nav->rightButton(), Qt::LeftButton);
         auto *alert = qobject_cast<AlertController *>(screen->presentedViewController());
         ASSERT_TRUE(alert);
         EXPECT_EQ(alert->message(), u"Are you sure want to cancel transaction?"_s);
-        const auto buttons = alert->findChildren<QPushButton *>();
-        const auto it = std::find_if(
-            buttons.begin(), buttons.end(), [&](const QPushButton *b) { return b->text() == choice; });
-        ASSERT_NE(it, buttons.end());
-        QTest::mouseClick(*it, Qt::LeftButton);
+        QTest::mouseClick(alert->findChild<QPushButton *>(QLatin1String(action)), Qt::LeftButton);
         clock.runDue();
     };
-    answer(u"Cancel"_s);
+    answer("alertAction0");
     EXPECT_EQ(merchant->callCount(), 0u);
     EXPECT_EQ(nav->topViewController(), screen.data());
-    answer(u"Proceed"_s);
+    answer("alertAction1");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return payment->isFinished(); }, test::kWaitMs));
+    test::flushSessionThread();
+    clock.runDue();
     EXPECT_EQ(merchant->statuses(), QStringList { u"-1 Cancelled"_s });
-    EXPECT_TRUE(payments().empty());
+    EXPECT_EQ(nav->topViewController(), screen.data()) << "no bank page after the cancellation";
+    EXPECT_FALSE(loading());
+    EXPECT_EQ(payments().size(), row.duringPayment ? 1u : 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, NetBankingCancelTest, ::testing::Bool(),
-    [](const auto &info) { return std::string(info.param ? "mode_chosen" : "option_screen_behind"); });
+INSTANTIATE_TEST_SUITE_P(Moments, NetBankingCancelTest,
+    ::testing::Values(CancelRow { "option_screen_behind", false, false },
+        CancelRow { "before_paying", true, false }, CancelRow { "while_the_payment_registers", true, true }),
+    [](const auto &info) { return std::string(info.param.name); });
 
 struct DeathRow
 {
@@ -489,7 +500,7 @@ TEST_P(NetBankingDeathTest, APaymentWithoutItsRequiredValuesIsFatal)
         screen->collectorId.reset();
     openWithList(row.list);
     if (std::string_view(row.tapped) == "btnProceed1")
-        chooseWithKeyboard("btnSelectBank", u"<Return>"_s);
+        chooseWithKeyboard("btnSelectBank", { Qt::Key_Return });
     EXPECT_DEATH(tap(row.tapped), row.diagnostic);
 }
 
@@ -507,7 +518,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, NetBankingDeathTest,
             "kovena: fatal error: NetBankingViewController: no collectorId for the net-banking payment" }),
     [](const auto &info) { return std::string(info.param.name); });
 
-// The matching itself, on lists the screen tests do not reach.
+// The matching itself, on lists the screen tests do not reach (each code to its bank is there).
 struct MatchRow
 {
     const char *name;
@@ -540,13 +551,9 @@ TEST_P(PopularBanksTest, FindsTheLastBankWithEachExactCode)
 }
 
 INSTANTIATE_TEST_SUITE_P(Lists, PopularBanksTest,
-    ::testing::Values(MatchRow { "each_code_to_its_bank",
-                          { { 1, u"ICIB"_s }, { 2, u"PNBB"_s }, { 3, u"KKBK"_s }, { 4, u"SBIB"_s },
-                              { 5, u"AXIB"_s }, { 6, u"YESB"_s }, { 7, u"HDFB"_s } },
-                          { 4, 5, 7, 6, 2, 1 } },
-        MatchRow { "the_later_of_two_wins",
-            { { 1, u"YESB"_s }, { 2, u"HDFB"_s }, { 3, u"YESB"_s }, { 4, u"CNRB"_s } },
-            { 0, 0, 2, 3, 0, 0 } },
+    ::testing::Values(MatchRow { "the_later_of_two_wins",
+                          { { 1, u"YESB"_s }, { 2, u"HDFB"_s }, { 3, u"YESB"_s }, { 4, u"CNRB"_s } },
+                          { 0, 0, 2, 3, 0, 0 } },
         MatchRow { "codes_match_exactly",
             { { 1, u"sbib"_s }, { 2, u"ICICI"_s }, { 3, u" YESB"_s }, { 4, u"HDFB "_s }, { 5, u""_s } }, {} },
         MatchRow { "no_code_or_no_bank_is_skipped",
