@@ -2,21 +2,234 @@
 
 #include "ui_NetBankingViewController.h"
 
+#include "api/ApiManager.h"
+#include "flow/CallbackRelay.h"
+#include "flow/Utils.h"
+#include "model/BankNBData.h"
+#include "model/TransactionStatus.h"
+#include "payment/PopularBanks.h"
+#include "platform/Dispatch.h"
+#include "platform/FatalError.h"
+#include "platform/Logging.h"
+
+#include <QPalette>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 
 NetBankingViewController::NetBankingViewController(QWidget *parent)
-    : PaymentScreen(parent)
+    : BankPageOpener(parent)
     , ui(std::make_unique<Ui::NetBankingViewController>())
+    , m_relay(std::make_shared<CallbackRelay<NetBankingViewController>>(this))
 {
     ui->setupUi(this);
+    btnSelectBank = ui->btnSelectBank;
+    btnDropDownList = ui->btnDropDownList;
+    btnProceed1 = ui->btnProceed1;
+    btnProceedInvisible = ui->btnProceedInvisible;
+    setProceedInvisible(btnProceedInvisible);
 }
 
-NetBankingViewController::~NetBankingViewController() = default;
+NetBankingViewController::~NetBankingViewController()
+{
+    // After detach() no answer reaches this screen; a call already running has finished.
+    m_relay->detach();
+    if (task)
+        task->cancel();
+}
 
 void NetBankingViewController::viewDidLoad()
 {
-    PaymentScreen::viewDidLoad();
-    showCheckout(ui->lbAmount, ui->lbOrderId, ui->lbCollectorId, ui->btnCancel);
+    BankPageOpener::viewDidLoad();
+    addDismissKeyboardTap();
+    addDoneButtonOnKeyboard();
+
+    const QString shownAmount = Utils::isValidAmount(amount) ? Utils::amountFormat(amount) : amount;
+    ui->lbAmount->setText(u"\u20B9 "_s + shownAmount);
+
+    connect(btnSelectBank, &QPushButton::clicked, this, &NetBankingViewController::btnSelectBankAction);
+    connect(btnDropDownList, &QPushButton::clicked, this, &NetBankingViewController::btnDropDownBank);
+    connect(btnProceed1, &QPushButton::clicked, this, &NetBankingViewController::btnProceed1Action);
+    connect(ui->btnSbiBank, &QPushButton::clicked, this, &NetBankingViewController::btnSbiBank);
+    connect(ui->btnAxixBank, &QPushButton::clicked, this, &NetBankingViewController::btnAxixBank);
+    connect(ui->btnHdfcBank, &QPushButton::clicked, this, &NetBankingViewController::btnHdfcBank);
+    connect(ui->btnYesBank, &QPushButton::clicked, this, &NetBankingViewController::btnYesBank);
+    connect(ui->btnPnbBank, &QPushButton::clicked, this, &NetBankingViewController::btnPnbBank);
+    connect(ui->btnIciciBank, &QPushButton::clicked, this, &NetBankingViewController::btnIciciBank);
+
+    loadering(true);
+    task = ApiManager::callApiNBList(m_relay);
+
+    btnProceed1->setEnabled(false);
+    btnProceedInvisible->setEnabled(false);
+    currentButtonBg = btnProceed1->palette().color(QPalette::Active, QPalette::Button);
+    paintProceed(QColor(Qt::lightGray));
+
+    if (isPaymentModeAvail) {
+        navigationItem().hidesBackButton = true;
+        setNavButton();
+    }
+}
+
+void NetBankingViewController::viewWillDisappear(bool animated)
+{
+    // The base cancels the request in flight; a cancelled payment answers with the failure,
+    // and a registered one has handed its page over by now: either way none is pending here.
+    BankPageOpener::viewWillDisappear(animated);
+    m_paymentInProgress = false;
+}
+
+void NetBankingViewController::getNBList(QList<std::shared_ptr<BankNBData>> bankList)
+{
+    dispatch::main().async([self = QPointer<NetBankingViewController>(this), bankList = std::move(bankList)] {
+        if (self)
+            self->bankListArrived(bankList);
+    });
+}
+
+void NetBankingViewController::bankListArrived(const QList<std::shared_ptr<BankNBData>> &banks)
+{
+    loadering(false);
+    bankList = banks;
+
+    QStringList names;
+    names.reserve(bankList.size());
+    for (const std::shared_ptr<BankNBData> &each : std::as_const(bankList))
+        names << listName(each);
+    const PopularBanks popular = findPopularBanks(bankList);
+    yesBank = popular.yesBank;
+    iciciBank = popular.iciciBank;
+    pnbBank = popular.pnbBank;
+    hdfc = popular.hdfc;
+    axisBank = popular.axisBank;
+    sbi = popular.sbi;
+
+    setupAmountDropDown(names);
+}
+
+QString NetBankingViewController::listName(const std::shared_ptr<BankNBData> &bank)
+{
+    // A bank without a name still takes its row, so that row i stays bankList[i].
+    return bank && bank->netBankingName ? *bank->netBankingName : QString();
+}
+
+void NetBankingViewController::setupAmountDropDown(const QStringList &list)
+{
+    amountDropDown.setAnchorView(btnSelectBank);
+    amountDropDown.setBottomOffset(QPoint(0, btnSelectBank->height()));
+    amountDropDown.setDataSource(list);
+    amountDropDown.setAccessibleName(u"Bank"_s);
+    amountDropDown.setSelectionAction([this](int index, const QString &item) { chooseBank(index, item); });
+}
+
+void NetBankingViewController::chooseBank(int index, const QString &name)
+{
+    btnSelectBank->setText(name);
+    bank = index >= 0 && index < bankList.size() ? bankList.at(index) : nullptr;
+    btnProceed1->setEnabled(true);
+    paintProceed(currentButtonBg.value_or(btnProceed1->palette().color(QPalette::Active, QPalette::Button)));
+}
+
+void NetBankingViewController::btnSelectBankAction()
+{
+    amountDropDown.show();
+}
+
+void NetBankingViewController::btnDropDownBank()
+{
+    amountDropDown.show();
+}
+
+void NetBankingViewController::btnProceed1Action()
+{
+    payWith(bank);
+}
+
+void NetBankingViewController::btnSbiBank()
+{
+    payWith(sbi);
+}
+
+void NetBankingViewController::btnAxixBank()
+{
+    payWith(axisBank);
+}
+
+void NetBankingViewController::btnHdfcBank()
+{
+    payWith(hdfc);
+}
+
+void NetBankingViewController::btnYesBank()
+{
+    payWith(yesBank);
+}
+
+void NetBankingViewController::btnPnbBank()
+{
+    payWith(pnbBank);
+}
+
+void NetBankingViewController::btnIciciBank()
+{
+    payWith(iciciBank);
+}
+
+void NetBankingViewController::payWith(const std::shared_ptr<BankNBData> &chosen)
+{
+    // Departs from the written flow on purpose: there, every tap registers a payment, so a
+    // second tap before the backend answers would register a second one (and open a second
+    // bank page). Taps are ignored until the answer comes back or the screen is left.
+    if (m_paymentInProgress) {
+        qCDebug(lcPayment, "net-banking tap ignored: a payment request is already under way");
+        return;
+    }
+    if (!Utils::isConnectedToNetwork()) {
+        showToast(u"No Network"_s);
+        return;
+    }
+    if (!chosen) {
+        showToast(u"Error occured"_s);
+        return;
+    }
+    if (!chosen->netBankingId)
+        fatalError("NetBankingViewController: the chosen bank has no netBankingId");
+    if (!collectorId)
+        fatalError("NetBankingViewController: no collectorId for the net-banking payment");
+    m_paymentInProgress = true;
+    loadering(true);
+    task = ApiManager::payNB(m_relay, merchantTransactionRefNumber.value_or(QString()),
+        QString::number(*chosen->netBankingId), amount, *collectorId);
+}
+
+void NetBankingViewController::getPaymentParams(
+    const QString &url, const QString &postParams, const QString &kovenaTransactionId)
+{
+    // A refused payment leaves the customer on this screen, free to try again.
+    if (url.isEmpty() || postParams.isEmpty() || kovenaTransactionId.isEmpty()) {
+        dispatch::main().async([self = QPointer<NetBankingViewController>(this)] {
+            if (self)
+                self->m_paymentInProgress = false;
+        });
+    }
+    BankPageOpener::getPaymentParams(url, postParams, kovenaTransactionId);
+}
+
+void NetBankingViewController::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
+{
+    if (task)
+        task->cancel();
+    loadering(false);
+    BankPageOpener::btnBack(std::move(trnasactionStatus), status);
+}
+
+void NetBankingViewController::paintProceed(const QColor &colour)
+{
+    QPalette palette = btnProceed1->palette();
+    palette.setColor(QPalette::All, QPalette::Button, colour);
+    btnProceed1->setPalette(palette);
 }
 
 } // namespace kovena

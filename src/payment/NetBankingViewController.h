@@ -1,8 +1,19 @@
 #pragma once
 
-#include "payment/PaymentScreen.h"
+#include "api/Callbacks.h"
+#include "payment/BankPageOpener.h"
+#include "payment/DropDown.h"
+
+#include <QColor>
+#include <QList>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
 
 #include <memory>
+#include <optional>
+
+class QPushButton;
 
 namespace Ui {
 class NetBankingViewController;
@@ -10,8 +21,13 @@ class NetBankingViewController;
 
 namespace kovena {
 
-// The net banking screen: shows the checkout it was given and lets the customer cancel it.
-class NetBankingViewController : public PaymentScreen
+class BankNBData;
+template<class Screen> class CallbackRelay;
+
+// The net banking screen: loads the banks that offer net banking, offers six popular ones as
+// one-tap buttons and all of them in a drop-down list, registers the payment with the chosen
+// bank and opens the bank's page with the backend's answer.
+class NetBankingViewController : public BankPageOpener, public GetNBListCallback
 {
     Q_OBJECT
 
@@ -19,10 +35,60 @@ public:
     explicit NetBankingViewController(QWidget *parent = nullptr);
     ~NetBankingViewController() override;
 
+    QPointer<QPushButton> btnSelectBank;
+    QPointer<QPushButton> btnDropDownList;
+    QPointer<QPushButton> btnProceed1;
+    QPointer<QPushButton> btnProceedInvisible;
+
+    DropDown amountDropDown;
+    QList<std::shared_ptr<BankNBData>> bankList;
+    // The bank chosen in the drop-down list.
+    std::shared_ptr<BankNBData> bank;
+    std::shared_ptr<BankNBData> sbi, axisBank, hdfc, yesBank, pnbBank, iciciBank;
+    std::optional<QColor> currentButtonBg;
+
     void viewDidLoad() override;
+    void viewWillDisappear(bool animated) override;
+
+    // Session thread: the bank list, in the backend's order (empty on failure).
+    void getNBList(QList<std::shared_ptr<BankNBData>> bankList) override;
+    // Session thread: the payment's bank page, or three empty strings.
+    void getPaymentParams(
+        const QString &url, const QString &postParams, const QString &kovenaTransactionId) override;
+
+    // Cancelling ends the checkout here: a payment still being registered is abandoned, so its
+    // bank page cannot open after the merchant has heard of the cancellation.
+    void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status) override;
+
+    // Fills the drop-down list; an index of `list` must be an index of bankList.
+    void setupAmountDropDown(const QStringList &list);
+
+    // Actions. The outlets btnSelectBank and btnProceed1 share their actions' names, so those
+    // two actions carry an "Action" suffix.
+    void btnSelectBankAction();
+    void btnDropDownBank();
+    void btnProceed1Action();
+    void btnSbiBank();
+    void btnAxixBank();
+    void btnHdfcBank();
+    void btnYesBank();
+    void btnPnbBank();
+    void btnIciciBank();
+
+    // The text a bank shows in the drop-down list: its name, or "" when it has none.
+    static QString listName(const std::shared_ptr<BankNBData> &bank);
 
 private:
+    void bankListArrived(const QList<std::shared_ptr<BankNBData>> &banks);
+    void chooseBank(int index, const QString &name);
+    // No network: "No Network"; no bank: "Error occured"; else registers the payment.
+    void payWith(const std::shared_ptr<BankNBData> &chosen);
+    void paintProceed(const QColor &colour);
+
     std::unique_ptr<Ui::NetBankingViewController> ui;
+    std::shared_ptr<CallbackRelay<NetBankingViewController>> m_relay;
+    // From a tap that registers a payment until its refusal, or until the screen disappears.
+    bool m_paymentInProgress = false;
 };
 
 } // namespace kovena
