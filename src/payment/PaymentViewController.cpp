@@ -29,8 +29,8 @@ namespace {
 class BankWebPage final : public QWebEnginePage
 {
 public:
-    BankWebPage(QWebEngineProfile *profile, PaymentViewController *screen)
-        : QWebEnginePage(profile, screen)
+    BankWebPage(QWebEngineProfile *profile, PaymentViewController *screen, QWidget *view)
+        : QWebEnginePage(profile, view)
         , m_screen(screen)
     { }
 
@@ -121,7 +121,7 @@ PaymentViewController::PaymentViewController(QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     auto *view = new QWebEngineView(this);
     view->setObjectName(u"webView"_s);
-    view->setPage(new BankWebPage(m_profile, this));
+    view->setPage(new BankWebPage(m_profile, this, view));
     view->setContextMenuPolicy(Qt::NoContextMenu);
     layout->addWidget(view);
     webView = view;
@@ -129,7 +129,7 @@ PaymentViewController::PaymentViewController(QWidget *parent)
 
 PaymentViewController::~PaymentViewController()
 {
-    // The page must go before the profile it was made with.
+    // The page (the view's child) must go before the profile it was made with.
     delete webView.data();
 }
 
