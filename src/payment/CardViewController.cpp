@@ -371,8 +371,9 @@ void CardViewController::setupYYYYDropDown()
 
 void CardViewController::setDateViewAttrib(QFrame *viewDate)
 {
-    viewDate->setStyleSheet(u"QFrame#viewDate { border: 1px solid %1; border-radius: 4px; }"_s.arg(
-        uicolorFromHex(kBorderColour).name()));
+    viewDate->setStyleSheet(
+        u"QFrame#viewDate { background-color: palette(base); border: 1px solid %1; border-radius: 4px; }"_s
+            .arg(uicolorFromHex(kBorderColour).name()));
     ivIconDate->setPixmap(fieldGlyph(u"ic_calendar"_s));
     for (QPushButton *button : { btnMonth.data(), btnYear.data(), btnDropMonth.data(), btnDropYear.data() })
         button->setFont(kovenaFont(14));
