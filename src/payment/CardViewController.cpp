@@ -2,21 +2,394 @@
 
 #include "ui_CardViewController.h"
 
+#include "api/ApiManager.h"
+#include "flow/CallbackRelay.h"
+#include "flow/MainKovena.h"
+#include "flow/Utils.h"
+#include "payment/CardFormEditing.h"
+#include "platform/Dispatch.h"
+#include "platform/FatalError.h"
+#include "platform/Logging.h"
+
+#include <QDate>
+#include <QEvent>
+#include <QFrame>
+#include <QIcon>
+#include <QLabel>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmap>
+#include <QPushButton>
+#include <QToolBar>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 
-CardViewController::CardViewController(QWidget *parent)
-    : PaymentScreen(parent)
-    , ui(std::make_unique<Ui::CardViewController>())
+namespace {
+
+using cardFormEditing::NumberEdit;
+
+constexpr quint32 kBrandColour = 0x397B9E;
+constexpr quint32 kBorderColour = 0xC4C4C4;
+// The proceed button's colour while the form is incomplete.
+constexpr quint32 kLightGrey = 0xAAAAAA;
+constexpr int kYearsOffered = 40;
+
+// The small line drawings at the left of the fields and in the expiry box, drawn at twice
+// their on-screen size like the bundled images.
+QPixmap fieldGlyph(const QString &imageName)
 {
-    ui->setupUi(this);
+    constexpr qreal scale = 2.0;
+    QPixmap pixmap(QSize(20, 20) * scale);
+    pixmap.setDevicePixelRatio(scale);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(CardViewController::uicolorFromHex(kBrandColour), 1.5));
+    if (imageName == u"ic_card") {
+        painter.drawRoundedRect(QRectF(2, 5, 16, 11), 2, 2);
+        painter.drawLine(QPointF(2, 8.5), QPointF(18, 8.5));
+    } else if (imageName == u"ic_person") {
+        painter.drawEllipse(QPointF(10, 7), 3.5, 3.5);
+        painter.drawArc(QRectF(4, 12, 12, 10), 0, 180 * 16);
+    } else if (imageName == u"ic_lock") {
+        painter.drawRoundedRect(QRectF(4, 9, 12, 9), 1.5, 1.5);
+        painter.drawArc(QRectF(6.5, 3, 7, 11), 0, 180 * 16);
+    } else if (imageName == u"ic_calendar") {
+        painter.drawRoundedRect(QRectF(3, 4, 14, 13), 1.5, 1.5);
+        painter.drawLine(QPointF(3, 8), QPointF(17, 8));
+        painter.drawLine(QPointF(7, 2), QPointF(7, 5));
+        painter.drawLine(QPointF(13, 2), QPointF(13, 5));
+    } else {
+        qCWarning(lcPayment) << "no field icon is named" << imageName;
+    }
+    return pixmap;
 }
 
-CardViewController::~CardViewController() = default;
+} // namespace
+
+CardViewController::CardViewController(QWidget *parent)
+    : BankPageOpener(parent)
+    , ui(std::make_unique<Ui::CardViewController>())
+    , m_relay(std::make_shared<CallbackRelay<CardViewController>>(this))
+{
+    ui->setupUi(this);
+    tfCardNumber = ui->tfCardNumber;
+    tfCardName = ui->tfCardName;
+    tfCvv = ui->tfCvv;
+    iconCardIssuer = ui->iconCardIssuer;
+    viewDate = ui->viewDate;
+    ivIconDate = ui->ivIconDate;
+    btnMonth = ui->btnMonth;
+    btnDropMonth = ui->btnDropMonth;
+    btnYear = ui->btnYear;
+    btnDropYear = ui->btnDropYear;
+    btnProceed = ui->btnProceed;
+    btnProceedInvisible = ui->btnProceedInvisible;
+    setProceedInvisible(btnProceedInvisible);
+
+    // A field asks about an edit once it already shows it: each keeps its text from before.
+    const std::pair<TextField *, QString *> fields[]
+        = { { tfCardNumber, &m_numberBefore }, { tfCardName, &m_nameBefore }, { tfCvv, &m_cvvBefore } };
+    for (const auto &[field, before] : fields) {
+        field->setDelegate(this);
+        field->installEventFilter(this);
+        connect(field, &QLineEdit::textChanged, this, [field, before] { *before = field->text(); });
+        connect(field, &QLineEdit::returnPressed, this, [this, field] { textFieldShouldReturn(field); });
+    }
+    connect(tfCardNumber, &TextField::editingChanged, this, &CardViewController::numberEdited);
+
+    connect(btnProceed, &QPushButton::clicked, this, &CardViewController::btnProceedAction);
+    connect(btnMonth, &QPushButton::clicked, this, &CardViewController::btnMonthAction);
+    connect(btnDropMonth, &QPushButton::clicked, this, &CardViewController::btnDropMonthAction);
+    connect(btnYear, &QPushButton::clicked, this, &CardViewController::btnYearAction);
+    connect(btnDropYear, &QPushButton::clicked, this, &CardViewController::btnDropYearAction);
+}
+
+CardViewController::~CardViewController()
+{
+    // After detach() no answer reaches this screen; a call already running has finished.
+    m_relay->detach();
+    if (task)
+        task->cancel();
+}
 
 void CardViewController::viewDidLoad()
 {
-    PaymentScreen::viewDidLoad();
-    showCheckout(ui->lbAmount, ui->lbOrderId, ui->lbCollectorId, ui->btnCancel);
+    BankPageOpener::viewDidLoad();
+    addDismissKeyboardTap();
+    addDoneButtonOnKeyboard();
+
+    btnProceedInvisible->setEnabled(false);
+    btnProceed->setEnabled(false);
+    currentButtonBg = btnProceed->palette().color(QPalette::Button);
+    paintProceed(uicolorFromHex(kLightGrey));
+
+    setDateViewAttrib(viewDate);
+    setFieldAttributes(tfCardNumber, u"ic_card"_s);
+    setFieldAttributes(tfCardName, u"ic_person"_s);
+    setFieldAttributes(tfCvv, u"ic_lock"_s);
+
+    setupMMDropDown();
+    setupYYYYDropDown();
+
+    limitLength = cardUtils.getCvvLength(QString());
+
+    for (TextField *field : { tfCardNumber.data(), tfCvv.data() }) {
+        field->setInputMethodHints(Qt::ImhDigitsOnly);
+        field->setInputAccessoryView(doneToolbar());
+    }
+
+    if (isPaymentModeAvail) {
+        navigationItem().hidesBackButton = true;
+        setNavButton();
+    }
+
+    const QString shownAmount = Utils::isValidAmount(amount) ? Utils::amountFormat(amount) : amount;
+    ui->lbAmount->setText(u"\u20B9 "_s + shownAmount);
+    ui->lbAmount->setFont(kovenaFont(22));
+    ui->lbTitle->setFont(kovenaFont(18));
+    btnProceed->setFont(kovenaFont(15));
+}
+
+void CardViewController::viewWillDisappear(bool animated)
+{
+    BankPageOpener::viewWillDisappear(animated);
+    m_paymentInProgress = false;
+}
+
+bool CardViewController::textFieldShouldChangeCharacters(
+    TextField *field, int start, int length, const QString &replacement)
+{
+    if (field == tfCvv) {
+        // Stands in for the phone's number pad, which offers nothing but digits.
+        if (!cardFormEditing::isDigitsOnly(replacement))
+            return false;
+        // Typing stops at the limit, or past it once the number changed to a shorter CVV.
+        if (!replacement.isEmpty() && !m_cvvBefore.isEmpty() && cvv.size() >= limitLength)
+            return false;
+        cvv = cardFormEditing::followedText(cvv, m_cvvBefore, replacement);
+        refreshProceed();
+        return true;
+    }
+    if (field == tfCardNumber) {
+        const NumberEdit edit
+            = cardFormEditing::numberEdit(cardUtils, m_numberBefore, start, length, replacement, card);
+        switch (edit.kind) {
+        case NumberEdit::Kind::Refuse:
+            return false;
+        case NumberEdit::Kind::Accept:
+            return true;
+        case NumberEdit::Kind::Show:
+            // The rule refuses the edit and sets the field itself. A refused edit here puts the
+            // old text back, so the edit is taken and at once replaced (numberEdited): the
+            // customer sees the same text, with the cursor at the end.
+            m_numberToShow = edit.shown;
+            return true;
+        }
+    }
+    if (field == tfCardName) {
+        name = cardFormEditing::followedText(name, m_nameBefore, replacement);
+        refreshProceed();
+    }
+    return true;
+}
+
+void CardViewController::numberEdited()
+{
+    const std::optional<QString> shown = std::exchange(m_numberToShow, std::nullopt);
+    if (!shown)
+        return; // taken as typed: the stored number, icon and CVV length stay as they were
+    tfCardNumber->setText(*shown);
+    tfCardNumber->end(false);
+    card = QString(tfCardNumber->text()).remove(u'-');
+    const QString icon = cardUtils.getCardIssuerIcon(tfCardNumber->text());
+    if (icon.isEmpty())
+        iconCardIssuer->clear();
+    else
+        iconCardIssuer->setPixmap(kovenaImage(icon));
+    limitLength = cardUtils.getCvvLength(card);
+    refreshProceed();
+}
+
+bool CardViewController::textFieldShouldReturn(TextField *field)
+{
+    if (field == tfCardName)
+        dismissKeyboard();
+    return true;
+}
+
+void CardViewController::textFieldDidBeginEditing(TextField *field)
+{
+    if (field == tfCvv)
+        move(x(), -kCvvLift);
+}
+
+bool CardViewController::textFieldShouldEndEditing(TextField *field)
+{
+    if (field == tfCvv)
+        move(x(), 0);
+    return true;
+}
+
+bool CardViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == tfCardNumber || watched == tfCardName || watched == tfCvv) {
+        auto *field = static_cast<TextField *>(watched);
+        if (event->type() == QEvent::FocusIn)
+            textFieldDidBeginEditing(field);
+        else if (event->type() == QEvent::FocusOut)
+            textFieldShouldEndEditing(field);
+    }
+    return BankPageOpener::eventFilter(watched, event);
+}
+
+void CardViewController::btnProceedAction()
+{
+    // Departs from the written flow on purpose: while the payment request runs, a second
+    // proceed would register a second payment, so it is ignored.
+    if (m_paymentInProgress) {
+        qCDebug(lcPayment, "card proceed ignored: a payment request is already under way");
+        return;
+    }
+    if (!cardUtils.isValidCardDetails(*this, card, name, month, year, cvv))
+        return;
+    dismissKeyboard();
+    if (!Utils::isConnectedToNetwork()) {
+        showToast(u"No Network"_s);
+        return;
+    }
+    if (!merchantTransactionRefNumber)
+        fatalError("CardViewController: merchantTransactionRefNumber is missing");
+    if (!collectorId)
+        fatalError("CardViewController: collectorId is missing");
+    m_paymentInProgress = true;
+    loadering(true);
+    task = ApiManager::payCard(
+        m_relay, *merchantTransactionRefNumber, card, name, month, year, cvv, amount, *collectorId);
+}
+
+void CardViewController::btnMonthAction()
+{
+    mmDropDown.show();
+}
+
+void CardViewController::btnDropMonthAction()
+{
+    mmDropDown.show();
+}
+
+void CardViewController::btnYearAction()
+{
+    yyyyDropDown.show();
+}
+
+void CardViewController::btnDropYearAction()
+{
+    yyyyDropDown.show();
+}
+
+void CardViewController::getPaymentParams(
+    const QString &url, const QString &postParams, const QString &kovenaTransactionId)
+{
+    BankPageOpener::getPaymentParams(url, postParams, kovenaTransactionId);
+    // With a bank page the form stays taken until the page covers it; without one the customer
+    // is back at the form and may proceed again. Queued behind the hand-over, like it.
+    if (url.isEmpty() || postParams.isEmpty() || kovenaTransactionId.isEmpty()) {
+        dispatch::main().async([self = QPointer<CardViewController>(this)] {
+            if (self)
+                self->m_paymentInProgress = false;
+        });
+    }
+}
+
+void CardViewController::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
+{
+    if (task)
+        task->cancel();
+    // An answer already on its way must not open the bank page after the cancellation.
+    disconnect(btnProceedInvisible, &QPushButton::clicked, this, nullptr);
+    loadering(false);
+    BankPageOpener::btnBack(std::move(trnasactionStatus), status);
+}
+
+void CardViewController::enableButtonProceed(bool isEnable)
+{
+    btnProceed->setEnabled(isEnable);
+    paintProceed(isEnable ? currentButtonBg : std::optional(uicolorFromHex(kLightGrey)));
+}
+
+void CardViewController::refreshProceed()
+{
+    enableButtonProceed(cardUtils.isButtonProceedEnabled(card, name, month, year, cvv));
+}
+
+void CardViewController::paintProceed(const std::optional<QColor> &background)
+{
+    if (!background)
+        return;
+    QPalette palette = btnProceed->palette();
+    palette.setColor(QPalette::Button, *background);
+    btnProceed->setPalette(palette);
+}
+
+void CardViewController::setupMMDropDown()
+{
+    QStringList months { u"MM"_s };
+    for (int m = 1; m <= 12; ++m)
+        months << QString::number(m);
+    mmDropDown.setAnchorView(btnMonth);
+    mmDropDown.setBottomOffset(QPoint(0, btnMonth->height()));
+    mmDropDown.setDataSource(months);
+    mmDropDown.setAccessibleName(u"Expiry month"_s);
+    mmDropDown.setSelectionAction([this](int, const QString &item) {
+        btnMonth->setText(item);
+        month = item;
+        refreshProceed();
+    });
+}
+
+void CardViewController::setupYYYYDropDown()
+{
+    QStringList years { u"YYYY"_s };
+    const int currentYear = QDate::currentDate().year();
+    for (int y = currentYear; y < currentYear + kYearsOffered; ++y)
+        years << QString::number(y);
+    yyyyDropDown.setAnchorView(btnYear);
+    yyyyDropDown.setBottomOffset(QPoint(0, btnYear->height()));
+    yyyyDropDown.setDataSource(years);
+    yyyyDropDown.setAccessibleName(u"Expiry year"_s);
+    yyyyDropDown.setSelectionAction([this](int, const QString &item) {
+        btnYear->setText(item);
+        year = item;
+        refreshProceed();
+    });
+}
+
+void CardViewController::setDateViewAttrib(QFrame *viewDate)
+{
+    viewDate->setStyleSheet(
+        u"QFrame#viewDate { background-color: palette(base); border: 1px solid %1; border-radius: 4px; }"_s
+            .arg(uicolorFromHex(kBorderColour).name()));
+    ivIconDate->setPixmap(fieldGlyph(u"ic_calendar"_s));
+    for (QPushButton *button : { btnMonth.data(), btnYear.data(), btnDropMonth.data(), btnDropYear.data() })
+        button->setFont(kovenaFont(14));
+}
+
+void CardViewController::setFieldAttributes(TextField *textField, const QString &imageName)
+{
+    textField->setStyleSheet(u"border: 1px solid %1; border-radius: 4px; padding: 0 6px;"_s.arg(
+        uicolorFromHex(kBorderColour).name()));
+    textField->setFont(kovenaFont(14));
+    textField->addAction(QIcon(fieldGlyph(imageName)), QLineEdit::LeadingPosition);
+}
+
+QColor CardViewController::uicolorFromHex(quint32 rgbValue)
+{
+    return QColor::fromRgb((rgbValue >> 16) & 0xFF, (rgbValue >> 8) & 0xFF, rgbValue & 0xFF);
 }
 
 } // namespace kovena

@@ -5,8 +5,6 @@
 #include "sdk/MerchantReport.h"
 
 #include <QColor>
-#include <QLabel>
-#include <QPushButton>
 
 using namespace Qt::StringLiterals;
 
@@ -51,17 +49,6 @@ void PaymentScreen::cancelTxn()
 void PaymentScreen::btnBack(std::shared_ptr<TransactionStatus>, int status)
 {
     MerchantReport::btnBack(this, merchantVC, status);
-}
-
-void PaymentScreen::showCheckout(
-    QLabel *lbAmount, QLabel *lbOrderId, QLabel *lbCollectorId, QPushButton *btnCancel)
-{
-    lbAmount->setText(u"\u20B9 "_s + amount);
-    lbOrderId->setText(merchantTransactionRefNumber.value_or(QString()));
-    lbCollectorId->setText(collectorId.value_or(QString()));
-    connect(btnCancel, &QPushButton::clicked, this, &PaymentScreen::cancelTxn, Qt::UniqueConnection);
-    btnCancel->setVisible(!isPaymentModeAvail);
-    setNavButton();
 }
 
 void PaymentScreen::finish(std::shared_ptr<TransactionStatus> trnasactionStatus)

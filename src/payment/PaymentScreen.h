@@ -8,8 +8,6 @@
 #include <memory>
 #include <optional>
 
-class QLabel;
-class QPushButton;
 
 namespace kovena {
 
@@ -38,11 +36,6 @@ public:
     virtual void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status);
     // Reports the backend's record to the merchant; does not dismiss.
     void finish(std::shared_ptr<TransactionStatus> trnasactionStatus);
-
-protected:
-    // Shows the checkout this screen was handed and wires its on-screen Cancel, which is only
-    // visible when the merchant did not choose the mode (then Cancel sits in the navigation bar).
-    void showCheckout(QLabel *lbAmount, QLabel *lbOrderId, QLabel *lbCollectorId, QPushButton *btnCancel);
 };
 
 } // namespace kovena

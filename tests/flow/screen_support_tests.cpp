@@ -1,5 +1,5 @@
 // What every screen shares: the toast, the loading overlay, the keyboard helpers, the storyboard's
-// scenes and the payment screens' cancel.
+// scenes.
 #include "api/ApiManager.h"
 #include "flow/BaseViewController.h"
 #include "flow/MainKovena.h"
@@ -230,82 +230,5 @@ TEST(StoryboardTest, PopUpTellsTheCustomerWhatToDoAndSeguesToThePaymentScreens)
         nav->popViewController(false);
     }
 }
-
-// The card screen, opened the way the payment option screen opens it, with
-// the cancel in the bar (mode chosen by the merchant) or on the screen.
-class CancelTest : public ::testing::TestWithParam<std::tuple<const char *, bool>>
-{
-protected:
-    ManualScheduler clock;
-    ScopedScheduler scoped { clock };
-    MerchantWindow host;
-};
-
-TEST_P(CancelTest, ShowsTheCheckoutAndCancelsOnlyAfterConfirmation)
-{
-    const auto [scene, modeChosen] = GetParam();
-    auto *nav = new NavigationController;
-    nav->setViewControllers({ new BaseViewController });
-    setRootViewController(&host.window, nav);
-    clock.runDue();
-    auto *screen = qobject_cast<PaymentScreen *>(
-        mainKovenaStoryboard().instantiateViewController(QLatin1String(scene)));
-    screen->amount = QStringLiteral("250.00");
-    screen->merchantTransactionRefNumber = QStringLiteral("ORD-3");
-    screen->collectorId = QStringLiteral("COL-3");
-    screen->merchantVC = host.merchant;
-    screen->isPaymentModeAvail = modeChosen;
-    nav->pushViewController(screen, false);
-
-    const auto text
-        = [&](const char *name) { return screen->findChild<QLabel *>(QLatin1String(name))->text(); };
-    EXPECT_EQ(text("lbAmount"), QStringLiteral("\u20B9 250.00"));
-    EXPECT_EQ(text("lbOrderId"), QStringLiteral("ORD-3"));
-    EXPECT_EQ(text("lbCollectorId"), QStringLiteral("COL-3"));
-    auto *back = host.window.findChild<QPushButton *>(QStringLiteral("navBackButton"));
-    auto *barCancel = host.window.findChild<QPushButton *>(QStringLiteral("navRightButton"));
-    auto *screenCancel = screen->findChild<QPushButton *>(QStringLiteral("btnCancel"));
-    ASSERT_TRUE(back && barCancel && screenCancel);
-    EXPECT_NE(back->isVisible(), modeChosen); // the merchant's mode leaves no way back
-    EXPECT_EQ(barCancel->isVisible(), modeChosen);
-    EXPECT_TRUE(modeChosen ? screenCancel->isHidden() : screenCancel->isVisible());
-    const auto &item = screen->navigationItem().rightBarButtonItem;
-    ASSERT_EQ(item.has_value(), modeChosen);
-    if (modeChosen) {
-        EXPECT_EQ(barCancel->text(), QStringLiteral("Cancel"));
-        EXPECT_EQ(item->background, QColor::fromRgbF(0.22265625f, 0.48046875f, 0.6171875f, 1.0f));
-    }
-    QPushButton *cancel = modeChosen ? barCancel : screenCancel;
-    const auto alert = [&] { return host.window.findChild<AlertController *>(); };
-
-    // "Cancel" in the question keeps the customer on the screen.
-    QTest::mouseClick(cancel, Qt::LeftButton);
-    ASSERT_NE(alert(), nullptr);
-    EXPECT_EQ(alert()->title(), QString());
-    EXPECT_EQ(alert()->message(), QStringLiteral("Are you sure want to cancel transaction?"));
-    QPushButton *no = alert()->findChild<QPushButton *>(QStringLiteral("alertAction0"));
-    ASSERT_NE(no, nullptr);
-    EXPECT_EQ(no->text(), QStringLiteral("Cancel"));
-    QTest::mouseClick(no, Qt::LeftButton);
-    flushDeletes();
-    EXPECT_EQ(alert(), nullptr);
-    EXPECT_EQ(host.merchant->callCount(), 0u);
-
-    // "Proceed" reports the cancellation, once.
-    QTest::mouseClick(cancel, Qt::LeftButton);
-    ASSERT_NE(alert(), nullptr);
-    QPushButton *yes = alert()->findChild<QPushButton *>(QStringLiteral("alertAction1"));
-    ASSERT_NE(yes, nullptr);
-    EXPECT_EQ(yes->text(), QStringLiteral("Proceed"));
-    QTest::mouseClick(yes, Qt::LeftButton);
-    const auto calls = host.merchant->calls();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0].record->dictionaryRepresentation(),
-        JsonValue::parse(R"({"data":{"paymentStatus":-1,"description":"Cancelled"}})"));
-}
-
-INSTANTIATE_TEST_SUITE_P(PaymentScreens, CancelTest,
-    ::testing::Combine(
-        ::testing::Values("CardViewController"), ::testing::Bool()));
 
 } // namespace

@@ -1,0 +1,681 @@
+// The card screen driven through its widgets: keys into the fields, choices from the expiry
+// lists, proceed against the in-process sandbox (payCard replies scripted), main-queue work on the
+// manual clock. The bank page is a stand-in scene, so the hand-over is checked without a browser.
+#include "payment/CardViewController.h"
+#include "api/ApiTestSupport.h"
+#include "flow/MainKovena.h"
+#include "payment/BankPageScreen.h"
+#include "payment/CardFormEditing.h"
+#include "platform/AlertController.h"
+#include "platform/Dispatch.h"
+#include "platform/ManualScheduler.h"
+#include "platform/NavigationController.h"
+#include "platform/Reachability.h"
+#include "platform/Storyboard.h"
+#include "platform/UserDefaults.h"
+#include "support/TestMerchant.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDate>
+#include <QFile>
+#include <QLabel>
+#include <QLoggingCategory>
+#include <QMutex>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+#include <QToolBar>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <functional>
+
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+void PrintTo(const QString &text, std::ostream *os)
+{
+    *os << '"' << text.toStdString() << '"';
+}
+
+namespace kovena {
+namespace {
+
+const std::string kPayForService = "v1/sdk/payForService";
+const QColor kLightGrey(0xAA, 0xAA, 0xAA);
+const QColor kDesignedBlue(0x39, 0x7B, 0x9E);
+const int kThisYear = QDate::currentDate().year();
+std::atomic<bool> g_online { true };
+
+const sandbox::ScriptedReply kBankPage { 200,
+    R"({"responseCode":"200MERSUCC","data":{"kovenaTransactionId":1700000000042,)"
+    R"("paymentData":{"url":"https://bank.example/pay","data":"a=1&device_type=1"}}})" };
+const sandbox::ScriptedReply kDeclined { 200, R"({"responseCode":"400CARDINVALID","data":{}})" };
+
+// Forwards to the manual clock and counts the blocks other threads queue: each backend answer is
+// one, so a test knows when an answer has arrived.
+class CountingScheduler : public Scheduler
+{
+public:
+    explicit CountingScheduler(ManualScheduler &clock)
+        : m_clock(clock)
+    { }
+    void post(QueueKind queue, std::chrono::milliseconds delay, std::function<void()> block) override
+    {
+        if (!dispatch::isMainThread())
+            ++fromOtherThreads;
+        m_clock.post(queue, delay, std::move(block));
+    }
+    std::atomic<int> fromOtherThreads { 0 };
+
+private:
+    ManualScheduler &m_clock;
+};
+
+class FakeBankPage : public BankPageScreen
+{
+public:
+    FakeBankPage() { ++made; }
+    static inline int made = 0;
+};
+
+// Keys for the widget that has the keyboard: "<BS>", "<Home>", ... press that key, "<All>" selects
+// all, "<Paste=text>" pastes the text, anything else is typed.
+void press(const QString &keys)
+{
+    static const QHash<QString, Qt::Key> named = { { u"BS"_s, Qt::Key_Backspace },
+        { u"Left"_s, Qt::Key_Left }, { u"Home"_s, Qt::Key_Home }, { u"End"_s, Qt::Key_End },
+        { u"Down"_s, Qt::Key_Down }, { u"Return"_s, Qt::Key_Return }, { u"Escape"_s, Qt::Key_Escape } };
+    for (qsizetype i = 0; i < keys.size(); ++i) {
+        QWidget *target = QApplication::focusWidget();
+        ASSERT_TRUE(target);
+        if (keys.at(i) != u'<') {
+            QTest::keyClicks(target, QString(keys.at(i)));
+            continue;
+        }
+        const qsizetype end = keys.indexOf(u'>', i);
+        const QString key = keys.mid(i + 1, end - i - 1);
+        i = end;
+        if (key.startsWith(u"Paste=")) {
+            QApplication::clipboard()->setText(key.mid(6));
+            QTest::keySequence(target, QKeySequence::Paste);
+        } else if (key == u"All") {
+            QTest::keySequence(target, QKeySequence::SelectAll);
+        } else {
+            QTest::keyClick(target, named.value(key));
+        }
+    }
+}
+
+QString shownIcon(const QLabel *label)
+{
+    const QImage shown = label->pixmap().toImage();
+    for (const char *name : { "ci_amex.png", "ci_visa.png", "ci_mastercard.png", "ci_maestro.png",
+             "ci_diner.png", "ci_jcb.png", "ci_discover.png", "ci_laser.png", "ci_rupee.png" }) {
+        if (!shown.isNull() && kovenaImage(QString::fromLatin1(name)).toImage() == shown)
+            return QString::fromLatin1(name);
+    }
+    return shown.isNull() ? QString() : u"?"_s;
+}
+
+class CardScreenTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        Storyboard &storyboard = mainKovenaStoryboard();
+        storyboard.registerScene(u"PaymentViewController"_s, [] { return new FakeBankPage; });
+        storyboard.registerSegue(u"PaymentViewController"_s, u"PaymentViewController"_s);
+    }
+
+    void SetUp() override
+    {
+        test::resetBackendAndDefaults();
+        UserDefaults &defaults = UserDefaults::standard();
+        defaults.setString(u"accessToken"_s, u"card-test-token"_s);
+        defaults.setString(u"customerMobNum"_s, u"9876543210"_s);
+        defaults.setString(u"customerEmail"_s, u"buyer@example.in"_s);
+        g_online = true;
+        reachability::setProbe(
+            [] { return std::optional<std::uint32_t>(g_online ? reachability::Reachable : 0u); });
+        FakeBankPage::made = 0;
+
+        window.resize(375, 667);
+        merchant = new testing::TestMerchant;
+        merchant->setParent(&window);
+        nav = new NavigationController;
+        screen = qobject_cast<CardViewController *>(
+            mainKovenaStoryboard().instantiateViewController(u"CardViewController"_s));
+        ASSERT_TRUE(screen);
+        screen->amount = u"1250.00"_s;
+        screen->merchantTransactionRefNumber = u"ORD-CARD-7"_s;
+        screen->collectorId = u"COL-9"_s;
+        screen->merchantVC = merchant;
+        screen->isPaymentModeAvail = true;
+        nav->setViewControllers({ new ViewController, screen.data() });
+        setRootViewController(&window, nav);
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        clock.runDue();
+    }
+
+    void TearDown() override { reachability::setProbe({}); }
+
+    void type(TextField *field, const QString &keys)
+    {
+        field->setFocus(Qt::OtherFocusReason);
+        press(keys);
+    }
+    void choose(QPushButton *opener, const QString &keys)
+    {
+        QTest::mouseClick(opener, Qt::LeftButton);
+        ASSERT_EQ(QApplication::focusWidget()->objectName(), u"dropDownList"_s);
+        press(keys);
+    }
+    static QString nth(int row) { return u"<Home>"_s + u"<Down>"_s.repeated(row) + u"<Return>"_s; }
+    void chooseMonth(int month) { choose(screen->btnMonth, nth(month)); }
+    void chooseYear(int row) { choose(screen->btnYear, nth(row)); } // 0 "YYYY", 1 this year, ...
+
+    void fillForm(const QString &number = u"4111111111111111"_s, const QString &name = u"Asha Verma"_s,
+        int month = 7, int yearRow = 2, const QString &cvv = u"739"_s)
+    {
+        type(screen->tfCardNumber, number);
+        type(screen->tfCardName, name);
+        if (month >= 0)
+            chooseMonth(month);
+        if (yearRow >= 0)
+            chooseYear(yearRow);
+        type(screen->tfCvv, cvv);
+    }
+    void proceed()
+    {
+        QTest::mouseClick(screen->btnProceed, Qt::LeftButton);
+        clock.runDue();
+    }
+    // Waits for the next backend answer to reach the main queue, then runs what is due.
+    bool answer()
+    {
+        const bool arrived
+            = QTest::qWaitFor([&] { return counting.fromOtherThreads > m_answers; }, test::kWaitMs);
+        m_answers = counting.fromOtherThreads;
+        clock.runDue();
+        return arrived;
+    }
+
+    QColor proceedColour() const { return screen->btnProceed->palette().color(QPalette::Button); }
+    QStringList toasts()
+    {
+        clock.runDue();
+        QStringList texts;
+        for (const QLabel *label : screen->findChildren<QLabel *>(u"kovenaToast"_s))
+            texts << label->text();
+        return texts;
+    }
+    std::vector<nlohmann::json> payCardBodies() const
+    {
+        std::vector<nlohmann::json> out;
+        for (const auto &request : test::backend().requests())
+            if (request.path == "/KoVena/" + kPayForService)
+                out.push_back(nlohmann::json::parse(request.body));
+        return out;
+    }
+
+    void confirmCancel(const QString &button)
+    {
+        QTest::mouseClick(nav->rightButton(), Qt::LeftButton);
+        auto *alert = qobject_cast<AlertController *>(screen->presentedViewController());
+        ASSERT_TRUE(alert);
+        EXPECT_EQ(alert->message(), u"Are you sure want to cancel transaction?"_s);
+        const auto buttons = alert->findChildren<QPushButton *>();
+        const auto tapped = std::find_if(
+            buttons.begin(), buttons.end(), [&](const QPushButton *b) { return b->text() == button; });
+        ASSERT_NE(tapped, buttons.end());
+        QTest::mouseClick(*tapped, Qt::LeftButton);
+    }
+
+    ManualScheduler clock;
+    CountingScheduler counting { clock };
+    ScopedScheduler scoped { counting };
+    int m_answers = 0;
+    QWidget window;
+    QPointer<testing::TestMerchant> merchant;
+    QPointer<NavigationController> nav;
+    QPointer<CardViewController> screen;
+};
+
+struct NumberRow
+{
+    const char *name, *keys, *shown, *card, *icon;
+    int limitLength;
+};
+
+class CardNumberTest : public CardScreenTest, public ::testing::WithParamInterface<NumberRow>
+{
+};
+
+TEST_P(CardNumberTest, GroupsLimitsAndRefusesAsTyped)
+{
+    const NumberRow &row = GetParam();
+    type(screen->tfCardNumber, QString::fromUtf8(row.keys));
+    EXPECT_EQ(screen->tfCardNumber->text(), QString::fromUtf8(row.shown));
+    EXPECT_EQ(screen->tfCardNumber->cursorPosition(), screen->tfCardNumber->text().size());
+    EXPECT_EQ(screen->card, QString::fromUtf8(row.card));
+    EXPECT_EQ(shownIcon(screen->iconCardIssuer), QString::fromUtf8(row.icon));
+    EXPECT_EQ(screen->limitLength, row.limitLength);
+}
+
+// clang-format off
+const NumberRow kNumberRows[] = {
+    { "visa_grouped",              "4111111111111111",           "4111-1111-1111-1111", "4111111111111111", "ci_visa.png", 3 },
+    { "visa_17th_digit_refused",   "41111111111111112",          "4111-1111-1111-1111", "4111111111111111", "ci_visa.png", 3 },
+    { "letter_refused",            "41a1",                       "411",                 "411",              "ci_visa.png", 3 },
+    { "paste_with_letter",         "41<Paste=11x1>",             "41",                  "41",               "ci_visa.png", 3 },
+    { "paste_with_dash",           "<Paste=4111-1111>",          "",                    "",                 "",            3 },
+    { "paste_grouped",             "<Paste=4111111111111111>",   "4111-1111-1111-1111", "4111111111111111", "ci_visa.png", 3 },
+    { "paste_17_digits",           "<Paste=41111111111111112>",  "",                    "",                 "",            3 },
+    { "insert_at_start_regroups",  "41111111<Home>5",            "5411-1111-1",         "541111111",        "ci_mastercard.png", 3 },
+    { "deleting_a_dash",           "41111<Left><BS>",            "4111-1",              "41111",            "ci_visa.png", 3 },
+    { "deleting_the_last_digit",   "4<BS>",                      "",                    "4",                "ci_visa.png", 3 },
+    { "emptied_keeps_the_number",  "4111111111111111<All><BS>",  "",                    "4111111111111111", "ci_visa.png", 3 },
+    { "amex_cvv_four",             "378282246310005",            "3782-8224-6310-005",  "378282246310005",  "ci_amex.png", 4 },
+    { "icon_from_grouped_text",    "5123601112345678",           "5123-6011-1234-5678", "5123601112345678", "ci_mastercard.png", 3 },
+    // Grouped until the stored number is a Maestro one; the dash hides the scheme from the icon.
+    { "maestro_fifth_digit",       "50181",                      "5018-1",              "50181",            "",            3 },
+    { "maestro_sheds_its_dash",    "501812",                     "501812",              "501812",           "ci_maestro.png", 3 },
+    { "maestro_deletion_ungroups", "50181<BS>",                  "50181",               "50181",            "ci_maestro.png", 3 },
+    { "maestro_edit_goes_at_end",  "50181<Home>9",               "501819",              "501819",           "ci_maestro.png", 3 },
+    // Past 16 digits the field takes Maestro digits as typed; the stored number stays at 16.
+    { "maestro_19_digits",         "50181234567890123456",       "5018123456789012345", "5018123456789012", "ci_maestro.png", 3 },
+    { "maestro_paste_past_19",     "5018123456789012<Paste=3456>", "5018123456789012",  "5018123456789012", "ci_maestro.png", 3 },
+    { "maestro_paste_to_19",       "5018123456789012<Paste=345>",  "5018123456789012345", "5018123456789012", "ci_maestro.png", 3 },
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(
+    Keys, CardNumberTest, ::testing::ValuesIn(kNumberRows), [](const auto &info) { return info.param.name; });
+
+// What the screen forwards: the field's text before the edit, the range and the replacement.
+TEST(CardFormEditingTest, NumberAndFollowRules)
+{
+    using cardFormEditing::NumberEdit;
+    const CardUtils utils;
+    // Past 16 digits the field's length, dashes included, decides.
+    EXPECT_EQ(
+        cardFormEditing::numberEdit(utils, u"4111-1111-1111-1111"_s, 19, 0, u"1"_s, u"4111111111111111"_s)
+            .kind,
+        NumberEdit::Kind::Refuse);
+    EXPECT_EQ(cardFormEditing::numberEdit(utils, u"4111"_s, 4, 0, u"\u0661"_s, u"4111"_s).kind,
+        NumberEdit::Kind::Refuse);
+    const NumberEdit replaced
+        = cardFormEditing::numberEdit(utils, u"4111-1111"_s, 0, 9, u"51051051"_s, u"41111111"_s);
+    EXPECT_EQ(replaced.kind, NumberEdit::Kind::Show);
+    EXPECT_EQ(replaced.shown, u"5105-1051"_s);
+    EXPECT_EQ(replaced.card, u"51051051"_s);
+
+    const std::array<std::array<QString, 4>, 5> follow { { { u"Asha"_s, u"Ash"_s, u"a"_s, u"Asha"_s },
+        { u"Asha"_s, u"Asha"_s, u""_s, u"Ash"_s }, { u"José"_s, u"Jose\u0301"_s, u""_s, u"Jos"_s },
+        { u""_s, u""_s, u"A"_s, u"A"_s }, { u"kept"_s, u""_s, u""_s, u"kept"_s } } };
+    for (const auto &[stored, field, replacement, result] : follow)
+        EXPECT_EQ(cardFormEditing::followedText(stored, field, replacement), result) << field.toStdString();
+}
+
+struct CvvRow
+{
+    const char *name, *number, *keys, *laterNumber, *laterKeys, *shown, *cvv;
+    int limitLength;
+};
+
+class CardCvvTest : public CardScreenTest, public ::testing::WithParamInterface<CvvRow>
+{
+};
+
+TEST_P(CardCvvTest, LimitsTheCvvByScheme)
+{
+    const CvvRow &row = GetParam();
+    type(screen->tfCardNumber, QString::fromUtf8(row.number));
+    type(screen->tfCvv, QString::fromUtf8(row.keys));
+    type(screen->tfCardNumber, QString::fromUtf8(row.laterNumber));
+    type(screen->tfCvv, QString::fromUtf8(row.laterKeys));
+    EXPECT_EQ(screen->tfCvv->text(), QString::fromUtf8(row.shown));
+    EXPECT_EQ(screen->cvv, QString::fromUtf8(row.cvv));
+    EXPECT_EQ(screen->limitLength, row.limitLength);
+}
+
+// clang-format off
+const CvvRow kCvvRows[] = {
+    { "visa_three",              "4111111111111111", "12345",          "", "",  "123",   "123",   3 },
+    { "amex_four",               "378282246310005",  "12345",          "", "",  "1234",  "1234",  4 },
+    { "deletion",                "4111111111111111", "123<BS>",        "", "",  "12",    "12",    3 },
+    { "letter_refused",          "4111111111111111", "1a2",            "", "",  "12",    "12",    3 },
+    { "typed_first_stored_last", "4111111111111111", "12<Home>3",      "", "",  "312",   "123",   3 },
+    // Only typing into a non-empty field is held at the limit.
+    { "paste_into_empty",        "4111111111111111", "<Paste=12345>",  "", "",  "12345", "12345", 3 },
+    { "number_changed_after",    "378282246310005",  "1234", "<All>4111111111111111", "5", "1234", "1234", 3 },
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(
+    Keys, CardCvvTest, ::testing::ValuesIn(kCvvRows), [](const auto &info) { return info.param.name; });
+
+TEST_F(CardScreenTest, ExpiryListsOfferMonthsAndFortyYearsBelowTheirButtons)
+{
+    QStringList months { u"MM"_s }, years { u"YYYY"_s };
+    for (int m = 1; m <= 12; ++m)
+        months << QString::number(m);
+    for (int y = kThisYear; y < kThisYear + 40; ++y)
+        years << QString::number(y);
+    const std::tuple<DropDown *, QPushButton *, QStringList, QString> lists[]
+        = { { &screen->mmDropDown, screen->btnMonth, months, u"Expiry month"_s },
+              { &screen->yyyyDropDown, screen->btnYear, years, u"Expiry year"_s } };
+    for (const auto &[list, anchor, items, accessibleName] : lists) {
+        EXPECT_EQ(list->dataSource(), items);
+        EXPECT_EQ(list->anchorView(), anchor);
+        EXPECT_EQ(list->bottomOffset(), QPoint(0, anchor->height()));
+        EXPECT_EQ(list->accessibleName(), accessibleName);
+    }
+
+    // Each of the four buttons opens its list; a choice titles the anchor and is stored.
+    const std::tuple<QPushButton *, const char *, QString, bool> choices[] = {
+        { screen->btnMonth, "<Down><Down><Down><Return>", u"3"_s, true },
+        { screen->btnDropMonth, "<End><Return>", u"12"_s, true },
+        { screen->btnMonth, "<Home><Down><Escape>", u"12"_s, true }, // no choice
+        { screen->btnYear, "<Down><Return>", QString::number(kThisYear), false },
+        { screen->btnDropYear, "<End><Return>", QString::number(kThisYear + 39), false },
+        { screen->btnDropYear, "<Home><Return>", u"YYYY"_s, false },
+    };
+    EXPECT_EQ(screen->month, u"mm"_s);
+    EXPECT_EQ(screen->year, u"yyyy"_s);
+    for (const auto &[opener, keys, chosen, isMonth] : choices) {
+        choose(opener, QString::fromUtf8(keys));
+        EXPECT_EQ((isMonth ? screen->btnMonth : screen->btnYear)->text(), chosen) << keys;
+        EXPECT_EQ(isMonth ? screen->month : screen->year, chosen) << keys;
+    }
+}
+
+// One customer's way through the form, from start-up: proceed follows the checks after every
+// keystroke and choice, in its designed colour when enabled, light grey when not.
+TEST_F(CardScreenTest, ProceedFollowsTheFormThroughKeystrokesAndChoices)
+{
+    EXPECT_EQ(screen->currentButtonBg, kDesignedBlue);
+    EXPECT_FALSE(screen->btnProceedInvisible->isEnabled() || screen->btnProceedInvisible->isVisible());
+    EXPECT_EQ(screen->limitLength, 3);
+    for (TextField *field : { screen->tfCardNumber.data(), screen->tfCvv.data() }) {
+        EXPECT_TRUE(field->inputMethodHints() & Qt::ImhDigitsOnly);
+        EXPECT_EQ(field->inputAccessoryView(), screen->doneToolbar());
+    }
+    const std::pair<std::function<void()>, bool> steps[] = {
+        { [] {}, false },
+        { [&] { type(screen->tfCardNumber, u"4111111111111111"_s); }, false },
+        { [&] { type(screen->tfCardName, u"Asha"_s); }, false },
+        { [&] { chooseMonth(7); }, false },
+        { [&] { chooseYear(2); }, false },
+        { [&] { type(screen->tfCvv, u"12"_s); }, false },
+        { [&] { type(screen->tfCvv, u"3"_s); }, true },
+        { [&] { chooseMonth(0); }, false }, // "MM"
+        { [&] { chooseMonth(7); }, true },
+        { [&] { chooseYear(0); }, false }, // "YYYY"
+        { [&] { chooseYear(2); }, true },
+        { [&] { type(screen->tfCvv, u"<BS>"_s); }, false },
+        { [&] { type(screen->tfCvv, u"3"_s); }, true },
+        // Emptied fields leave the stored values of the keystroke before: still complete.
+        { [&] { type(screen->tfCardName, u"<All><BS>"_s); }, true },
+        { [&] { type(screen->tfCardNumber, u"<All><BS>"_s); }, true },
+        { [&] { type(screen->tfCardNumber, u"4111"_s); }, false },
+    };
+    for (std::size_t step = 0; step < std::size(steps); ++step) {
+        steps[step].first();
+        EXPECT_EQ(screen->btnProceed->isEnabled(), steps[step].second) << "step " << step;
+        EXPECT_EQ(proceedColour(), steps[step].second ? kDesignedBlue : kLightGrey) << "step " << step;
+    }
+    EXPECT_EQ(screen->name, u"Ash"_s);
+}
+
+struct RefusalRow
+{
+    const char *name, *number, *cardName;
+    int month, yearRow; // -1: not chosen
+    const char *cvv;
+    bool online;
+    const char *toast;
+};
+
+class CardRefusalTest : public CardScreenTest, public ::testing::WithParamInterface<RefusalRow>
+{
+};
+
+TEST_P(CardRefusalTest, ProceedExplainsWhatIsWrongAndSendsNothing)
+{
+    const RefusalRow &row = GetParam();
+    fillForm(QString::fromUtf8(row.number), QString::fromUtf8(row.cardName), row.month, row.yearRow,
+        QString::fromUtf8(row.cvv));
+    g_online = row.online;
+    // A form that fails the checks keeps the button disabled: its action runs as a tap would.
+    if (screen->btnProceed->isEnabled())
+        proceed();
+    else
+        screen->btnProceedAction();
+
+    EXPECT_EQ(toasts(), QStringList { QString::fromUtf8(row.toast) });
+    EXPECT_FALSE(screen->task);
+    EXPECT_FALSE(screen->loader().isAnimating());
+    EXPECT_TRUE(test::backend().requests().empty());
+}
+
+// clang-format off
+const RefusalRow kRefusalRows[] = {
+    { "twelve_digits", "411111111111",     "Asha", 7,  2,  "739", true,  "Card is not valid !!" },
+    { "no_name",       "4111111111111111", "",     7,  2,  "739", true,  "Card name is not valid !!" },
+    { "no_year",       "4111111111111111", "Asha", 7,  -1, "739", true,  "Year is not valid !!" },
+    { "no_month",      "4111111111111111", "Asha", -1, 2,  "739", true,  "Month is not valid !!" },
+    { "short_cvv",     "4111111111111111", "Asha", 7,  2,  "73",  true,  "CVV is not valid !!" },
+    { "offline",       "4111111111111111", "Asha", 7,  2,  "739", false, "No Network" },
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Checks, CardRefusalTest, ::testing::ValuesIn(kRefusalRows),
+    [](const auto &info) { return info.param.name; });
+
+TEST_F(CardScreenTest, RegistersThePaymentOnceAndHandsTheBankPageOver)
+{
+    test::backend().enqueueReply(kPayForService, kBankPage);
+    fillForm();
+    QTest::mouseClick(screen->btnProceed, Qt::LeftButton);
+    const DataTaskPtr registration = screen->task;
+    ASSERT_TRUE(registration);
+    QTest::mouseClick(screen->btnProceed, Qt::LeftButton);
+    EXPECT_EQ(screen->task, registration) << "a second proceed while the first runs";
+
+    ASSERT_TRUE(answer());
+    const auto bodies = payCardBodies();
+    ASSERT_EQ(bodies.size(), 1u);
+    const nlohmann::json expected = { { "cvv", "739" }, { "collectorId", "COL-9" },
+        { "requestedAmount", "1250.00" }, { "merchantTransactionRefNumber", "ORD-CARD-7" },
+        { "customerMobNum", "9876543210" }, { "customerEmail", "buyer@example.in" }, { "serviceType", "28" },
+        { "requestId", "REQ-1" }, { "retry", false },
+        { "bankAccount",
+            { { "cardNumber", "4111111111111111" }, { "cardName", "Asha Verma" }, { "cardExpiryMonth", "7" },
+                { "cardExpiryYear", std::to_string(kThisYear + 1) } } } };
+    EXPECT_EQ(bodies[0], expected);
+
+    auto *page = dynamic_cast<FakeBankPage *>(nav->topViewController());
+    ASSERT_TRUE(page);
+    EXPECT_EQ(FakeBankPage::made, 1);
+    EXPECT_EQ(page->url, u"https://bank.example/pay"_s);
+    EXPECT_EQ(page->postData, u"a=1&device_type=1"_s);
+    EXPECT_EQ(page->kovenaTransactionId, u"1700000000042"_s);
+    EXPECT_EQ(page->merchantVC, merchant.data());
+    EXPECT_FALSE(screen->loader().isAnimating());
+    EXPECT_EQ(merchant->callCount(), 0u);
+}
+
+class CardEmptyAnswerTest : public CardScreenTest,
+                            public ::testing::WithParamInterface<std::vector<sandbox::ScriptedReply>>
+{
+};
+
+TEST_P(CardEmptyAnswerTest, KeepsTheCustomerOnTheFormReadyToTryAgain)
+{
+    for (const sandbox::ScriptedReply &reply : GetParam())
+        test::backend().enqueueReply(kPayForService, reply);
+    fillForm();
+    proceed();
+    ASSERT_TRUE(answer());
+
+    EXPECT_EQ(nav->topViewController(), screen.data());
+    EXPECT_EQ(FakeBankPage::made, 0);
+    EXPECT_FALSE(screen->loader().isAnimating());
+    EXPECT_EQ(screen->tfCardNumber->text(), u"4111-1111-1111-1111"_s);
+    EXPECT_EQ(merchant->callCount(), 0u);
+
+    test::backend().clearScriptedReplies();
+    test::backend().enqueueReply(kPayForService, kDeclined);
+    const std::size_t sent = payCardBodies().size();
+    proceed();
+    EXPECT_TRUE(answer());
+    EXPECT_EQ(payCardBodies().size(), sent + 1);
+}
+
+// Two drops: the network stack resends once when a kept-alive connection closes unanswered.
+INSTANTIATE_TEST_SUITE_P(Answers, CardEmptyAnswerTest,
+    ::testing::Values(std::vector { kDeclined },
+        std::vector<sandbox::ScriptedReply> { { 200,
+            R"({"responseCode":"200MERSUCC","data":{"kovenaTransactionId":7,"paymentData":{"url":"","data":"a"}}})" } },
+        std::vector<sandbox::ScriptedReply> { { 200, "", true }, { 200, "", true } }),
+    [](const auto &info) {
+        return std::string(std::array { "declined", "no_address", "connection_dropped" }[info.index]);
+    });
+
+enum class CancelAt { Form, RequestInFlight, AnswerQueued };
+
+class CardCancelTest : public CardScreenTest, public ::testing::WithParamInterface<CancelAt>
+{
+};
+
+// "Cancel" in the question keeps the customer on the form; "Proceed" reports -1 once, and no
+// bank page follows whatever the registration was doing.
+TEST_P(CardCancelTest, CancelAsksFirstThenReportsOnce)
+{
+    const CancelAt at = GetParam();
+    EXPECT_TRUE(nav->backButton()->isHidden());
+    DataTaskPtr registration;
+    if (at != CancelAt::Form) {
+        sandbox::ScriptedReply reply = kBankPage;
+        if (at == CancelAt::RequestInFlight)
+            reply.delay = 60s; // cut short when the sandbox stops
+        test::backend().enqueueReply(kPayForService, reply);
+        fillForm();
+        proceed();
+        registration = screen->task;
+        ASSERT_TRUE(test::backend().waitForRequests(1, 10s));
+        if (at == CancelAt::AnswerQueued) {
+            ASSERT_TRUE(QTest::qWaitFor([&] { return counting.fromOtherThreads > 0; }, test::kWaitMs));
+        }
+    }
+    confirmCancel(u"Cancel"_s);
+    EXPECT_EQ(merchant->callCount(), 0u);
+    confirmCancel(u"Proceed"_s);
+    if (registration) {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return registration->isFinished(); }, test::kWaitMs));
+    }
+    clock.runDue();
+
+    EXPECT_EQ(merchant->statuses(), QStringList { u"-1 Cancelled"_s });
+    EXPECT_EQ(FakeBankPage::made, 0);
+    EXPECT_FALSE(screen->loader().isAnimating());
+}
+
+INSTANTIATE_TEST_SUITE_P(Moments, CardCancelTest,
+    ::testing::Values(CancelAt::Form, CancelAt::RequestInFlight, CancelAt::AnswerQueued),
+    [](const auto &info) {
+        return std::string(
+            std::array { "on_the_form", "request_in_flight", "answer_queued" }[int(info.param)]);
+    });
+
+TEST_F(CardScreenTest, DisappearingCancelsTheRequest)
+{
+    sandbox::ScriptedReply slow = kDeclined;
+    slow.delay = 60s;
+    test::backend().enqueueReply(kPayForService, slow);
+    fillForm();
+    proceed();
+    const DataTaskPtr registration = screen->task;
+    ASSERT_TRUE(registration && test::backend().waitForRequests(1, 10s));
+    EXPECT_FALSE(registration->isFinished());
+    EXPECT_TRUE(screen->loader().isAnimating());
+
+    // Covered by another screen it disappears but stays alive, so only disappearing can cancel.
+    nav->pushViewController(new ViewController, false);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return registration->isFinished(); }, test::kWaitMs));
+    ASSERT_TRUE(screen);
+}
+
+TEST_F(CardScreenTest, EditingTheCvvLiftsTheScreenAndReturnOnTheNameEndsEditing)
+{
+    ASSERT_EQ(screen->y(), 0);
+    QTest::mouseClick(screen->tfCvv, Qt::LeftButton);
+    EXPECT_EQ(screen->y(), -70);
+    QTest::mouseClick(screen->tfCardName, Qt::LeftButton);
+    EXPECT_EQ(screen->y(), 0);
+    QTest::mouseClick(screen->tfCvv, Qt::LeftButton);
+    QTest::mouseClick(screen, Qt::LeftButton, {}, QPoint(4, 300)); // a tap on the background
+    EXPECT_EQ(screen->y(), 0);
+    EXPECT_FALSE(screen->tfCvv->hasFocus());
+
+    QTest::mouseClick(screen->tfCardName, Qt::LeftButton);
+    QTest::keyClick(screen->tfCardName, Qt::Key_Return);
+    EXPECT_FALSE(screen->tfCardName->hasFocus());
+}
+
+// Card number, name and CVV reach the backend and nowhere else: no log line at any level, no
+// stored default.
+TEST_F(CardScreenTest, CardDetailsAreNeitherLoggedNorStored)
+{
+    static QMutex mutex;
+    static QStringList logged;
+    QLoggingCategory::setFilterRules(u"kovena*.debug=true"_s);
+    const QtMessageHandler previous
+        = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) {
+              QMutexLocker lock(&mutex);
+              logged << message;
+          });
+    test::backend().enqueueReply(kPayForService, kBankPage);
+    fillForm(u"4024007127653081"_s, u"Ravindra Kulkarni"_s, 7, 2, u"739"_s);
+    proceed();
+    EXPECT_TRUE(answer());
+    ASSERT_TRUE(dynamic_cast<FakeBankPage *>(nav->topViewController()));
+    qInstallMessageHandler(previous);
+    QLoggingCategory::setFilterRules(QString());
+
+    ASSERT_TRUE(UserDefaults::standard().synchronize());
+    QFile stored(UserDefaults::standard().filePath());
+    ASSERT_TRUE(stored.open(QIODevice::ReadOnly));
+    QMutexLocker lock(&mutex);
+    EXPECT_FALSE(logged.isEmpty());
+    const QRegularExpression secrets(u"4024007127653081|4024-0071|Ravindra|(^|\\D)739(\\D|$)"_s);
+    for (const QString &text : logged + QStringList { QString::fromUtf8(stored.readAll()) })
+        EXPECT_FALSE(secrets.match(text).hasMatch()) << text.toStdString();
+}
+
+using CardScreenDeathTest = CardScreenTest;
+
+TEST_F(CardScreenDeathTest, FatalSpotsTheScreenReaches)
+{
+    // Issuer LASER, type Maestro: the year check lets "yyyy" through to the month check, which
+    // cannot read it as a number once a month is chosen.
+    type(screen->tfCardNumber, u"6304123456789012"_s);
+    type(screen->tfCardName, u"Asha"_s);
+    EXPECT_DEATH(chooseMonth(6), "CardUtils::isValidMonth: year is not a number");
+
+    fillForm(u"<All><BS>4111111111111111"_s, {}, 6, 2, u"739"_s);
+    ASSERT_TRUE(screen->btnProceed->isEnabled());
+    screen->merchantTransactionRefNumber.reset();
+    EXPECT_DEATH(proceed(), "CardViewController: merchantTransactionRefNumber is missing");
+}
+
+} // namespace
+} // namespace kovena
