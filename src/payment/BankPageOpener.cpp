@@ -22,8 +22,27 @@ BankPageOpener::BankPageOpener(QWidget *parent)
 void BankPageOpener::viewWillDisappear(bool animated)
 {
     PaymentScreen::viewWillDisappear(animated);
+    // A cancelled registration answers with the failure, and an accepted one has handed its page
+    // over by now: either way none is pending once the screen comes back.
     if (task)
         task->cancel();
+    m_paymentInProgress = false;
+}
+
+bool BankPageOpener::refusesSecondPayment() const
+{
+    if (m_paymentInProgress)
+        qCDebug(lcPayment, "payment tap ignored: a payment request is already under way");
+    return m_paymentInProgress;
+}
+
+void BankPageOpener::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
+{
+    m_ended = true;
+    if (task)
+        task->cancel();
+    loadering(false);
+    PaymentScreen::btnBack(std::move(trnasactionStatus), status);
 }
 
 void BankPageOpener::setProceedInvisible(QPushButton *button)
@@ -44,18 +63,21 @@ void BankPageOpener::getPaymentParams(
 void BankPageOpener::openBankPage(
     const QString &url, const QString &postParams, const QString &kovenaTransactionId)
 {
+    if (m_ended)
+        return;
     loadering(false);
     if (url.isEmpty() || postParams.isEmpty() || kovenaTransactionId.isEmpty()) {
         qCDebug(lcPayment, "payment not registered: the customer stays on the form");
+        m_paymentInProgress = false;
         return;
     }
     this->url = url;
     postData = postParams;
     this->kovenaTransactionId = kovenaTransactionId;
     // The button stays disabled: only this hand-over, never a tap, may run its segue.
-    dispatch::main().async([button = m_proceedInvisible] {
-        if (button)
-            Q_EMIT button->clicked(false);
+    dispatch::main().async([self = QPointer<BankPageOpener>(this)] {
+        if (self && !self->m_ended && self->m_proceedInvisible)
+            Q_EMIT self->m_proceedInvisible->clicked(false);
     });
 }
 

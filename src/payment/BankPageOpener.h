@@ -37,8 +37,19 @@ public:
         const QString &url, const QString &postParams, const QString &kovenaTransactionId) override;
     // Hands postData, url, kovenaTransactionId and merchantVC to the bank page.
     void prepare(const StoryboardSegue &segue, QObject *sender) override;
+    // Cancelling ends the checkout here: a payment still being registered is abandoned, and an
+    // answer already on its way no longer opens the bank page.
+    void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status) override;
 
 protected:
+    // Departs from the written flow on purpose: there every proceed registers a payment, so a
+    // second tap before the backend answers would register (and open) a second one. True, and
+    // the subclass sends nothing, while a registration is under way; the form is free again
+    // once the backend refused, or the screen was left.
+    bool refusesSecondPayment() const;
+    // The subclass sent a payment registration.
+    void paymentSent() { m_paymentInProgress = true; }
+
     // The hidden, disabled button whose touch-up runs the bank page segue. Set once, by the
     // subclass, after its widgets exist.
     void setProceedInvisible(QPushButton *button);
@@ -48,6 +59,8 @@ private:
     void openBankPage(const QString &url, const QString &postParams, const QString &kovenaTransactionId);
 
     QPointer<QPushButton> m_proceedInvisible;
+    bool m_paymentInProgress = false;
+    bool m_ended = false;
 };
 
 } // namespace kovena

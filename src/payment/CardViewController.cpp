@@ -155,12 +155,6 @@ void CardViewController::viewDidLoad()
     btnProceed->setFont(kovenaFont(15));
 }
 
-void CardViewController::viewWillDisappear(bool animated)
-{
-    BankPageOpener::viewWillDisappear(animated);
-    m_paymentInProgress = false;
-}
-
 bool CardViewController::textFieldShouldChangeCharacters(
     TextField *field, int start, int length, const QString &replacement)
 {
@@ -249,12 +243,8 @@ bool CardViewController::eventFilter(QObject *watched, QEvent *event)
 
 void CardViewController::btnProceedAction()
 {
-    // Departs from the written flow on purpose: while the payment request runs, a second
-    // proceed would register a second payment, so it is ignored.
-    if (m_paymentInProgress) {
-        qCDebug(lcPayment, "card proceed ignored: a payment request is already under way");
+    if (refusesSecondPayment())
         return;
-    }
     if (!cardUtils.isValidCardDetails(*this, card, name, month, year, cvv))
         return;
     dismissKeyboard();
@@ -266,7 +256,7 @@ void CardViewController::btnProceedAction()
         fatalError("CardViewController: merchantTransactionRefNumber is missing");
     if (!collectorId)
         fatalError("CardViewController: collectorId is missing");
-    m_paymentInProgress = true;
+    paymentSent();
     loadering(true);
     task = ApiManager::payCard(
         m_relay, *merchantTransactionRefNumber, card, name, month, year, cvv, amount, *collectorId);
@@ -290,30 +280,6 @@ void CardViewController::btnYearAction()
 void CardViewController::btnDropYearAction()
 {
     yyyyDropDown.show();
-}
-
-void CardViewController::getPaymentParams(
-    const QString &url, const QString &postParams, const QString &kovenaTransactionId)
-{
-    BankPageOpener::getPaymentParams(url, postParams, kovenaTransactionId);
-    // With a bank page the form stays taken until the page covers it; without one the customer
-    // is back at the form and may proceed again. Queued behind the hand-over, like it.
-    if (url.isEmpty() || postParams.isEmpty() || kovenaTransactionId.isEmpty()) {
-        dispatch::main().async([self = QPointer<CardViewController>(this)] {
-            if (self)
-                self->m_paymentInProgress = false;
-        });
-    }
-}
-
-void CardViewController::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
-{
-    if (task)
-        task->cancel();
-    // An answer already on its way must not open the bank page after the cancellation.
-    disconnect(btnProceedInvisible, &QPushButton::clicked, this, nullptr);
-    loadering(false);
-    BankPageOpener::btnBack(std::move(trnasactionStatus), status);
 }
 
 void CardViewController::enableButtonProceed(bool isEnable)

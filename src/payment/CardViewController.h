@@ -62,7 +62,6 @@ public:
     std::optional<QColor> currentButtonBg;
 
     void viewDidLoad() override;
-    void viewWillDisappear(bool animated) override;
 
     bool textFieldShouldChangeCharacters(
         TextField *field, int start, int length, const QString &replacement) override;
@@ -86,14 +85,6 @@ public:
     void setFieldAttributes(TextField *textField, const QString &imageName);
     static QColor uicolorFromHex(quint32 rgbValue);
 
-    // Session thread. Besides the hand-over, frees the form for another proceed when no bank
-    // page comes.
-    void getPaymentParams(
-        const QString &url, const QString &postParams, const QString &kovenaTransactionId) override;
-    // Cancelling ends the payment here: a request in flight is abandoned and its bank page never
-    // opens, so the merchant hears only the cancellation.
-    void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status) override;
-
     // How far the screen moves up while the CVV is edited.
     static constexpr int kCvvLift = 70;
 
@@ -114,8 +105,6 @@ private:
     QString m_cvvBefore;
     // The text the number field shows in place of the edit just accepted.
     std::optional<QString> m_numberToShow;
-    // From proceed until the answer leaves the customer on the form, or the bank page covers it.
-    bool m_paymentInProgress = false;
 };
 
 } // namespace kovena

@@ -73,14 +73,6 @@ void NetBankingViewController::viewDidLoad()
     }
 }
 
-void NetBankingViewController::viewWillDisappear(bool animated)
-{
-    // The base cancels the request in flight; a cancelled payment answers with the failure,
-    // and a registered one has handed its page over by now: either way none is pending here.
-    BankPageOpener::viewWillDisappear(animated);
-    m_paymentInProgress = false;
-}
-
 void NetBankingViewController::getNBList(QList<std::shared_ptr<BankNBData>> bankList)
 {
     dispatch::main().async([self = QPointer<NetBankingViewController>(this), bankList = std::move(bankList)] {
@@ -179,13 +171,8 @@ void NetBankingViewController::btnIciciBank()
 
 void NetBankingViewController::payWith(const std::shared_ptr<BankNBData> &chosen)
 {
-    // Departs from the written flow on purpose: there, every tap registers a payment, so a
-    // second tap before the backend answers would register a second one (and open a second
-    // bank page). Taps are ignored until the answer comes back or the screen is left.
-    if (m_paymentInProgress) {
-        qCDebug(lcPayment, "net-banking tap ignored: a payment request is already under way");
+    if (refusesSecondPayment())
         return;
-    }
     if (!Utils::isConnectedToNetwork()) {
         showToast(u"No Network"_s);
         return;
@@ -198,31 +185,10 @@ void NetBankingViewController::payWith(const std::shared_ptr<BankNBData> &chosen
         fatalError("NetBankingViewController: the chosen bank has no netBankingId");
     if (!collectorId)
         fatalError("NetBankingViewController: no collectorId for the net-banking payment");
-    m_paymentInProgress = true;
+    paymentSent();
     loadering(true);
     task = ApiManager::payNB(m_relay, merchantTransactionRefNumber.value_or(QString()),
         QString::number(*chosen->netBankingId), amount, *collectorId);
-}
-
-void NetBankingViewController::getPaymentParams(
-    const QString &url, const QString &postParams, const QString &kovenaTransactionId)
-{
-    // A refused payment leaves the customer on this screen, free to try again.
-    if (url.isEmpty() || postParams.isEmpty() || kovenaTransactionId.isEmpty()) {
-        dispatch::main().async([self = QPointer<NetBankingViewController>(this)] {
-            if (self)
-                self->m_paymentInProgress = false;
-        });
-    }
-    BankPageOpener::getPaymentParams(url, postParams, kovenaTransactionId);
-}
-
-void NetBankingViewController::btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status)
-{
-    if (task)
-        task->cancel();
-    loadering(false);
-    BankPageOpener::btnBack(std::move(trnasactionStatus), status);
 }
 
 void NetBankingViewController::paintProceed(const QColor &colour)

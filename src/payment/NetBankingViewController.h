@@ -48,18 +48,9 @@ public:
     std::optional<QColor> currentButtonBg;
 
     void viewDidLoad() override;
-    void viewWillDisappear(bool animated) override;
 
     // Session thread: the bank list, in the backend's order (empty on failure).
     void getNBList(QList<std::shared_ptr<BankNBData>> bankList) override;
-    // Session thread: the payment's bank page, or three empty strings.
-    void getPaymentParams(
-        const QString &url, const QString &postParams, const QString &kovenaTransactionId) override;
-
-    // Cancelling ends the checkout here: a payment still being registered is abandoned, so its
-    // bank page cannot open after the merchant has heard of the cancellation.
-    void btnBack(std::shared_ptr<TransactionStatus> trnasactionStatus, int status) override;
-
     // Fills the drop-down list; an index of `list` must be an index of bankList.
     void setupAmountDropDown(const QStringList &list);
 
@@ -87,8 +78,6 @@ private:
 
     std::unique_ptr<Ui::NetBankingViewController> ui;
     std::shared_ptr<CallbackRelay<NetBankingViewController>> m_relay;
-    // From a tap that registers a payment until its refusal, or until the screen disappears.
-    bool m_paymentInProgress = false;
 };
 
 } // namespace kovena

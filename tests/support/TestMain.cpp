@@ -1,6 +1,6 @@
 // Test entry point shared by every suite: a Qt application (offscreen unless the caller chose
-// a platform), an isolated user-defaults folder per run, and death tests that are safe with
-// the session thread running.
+// a platform), the web engine's own sandbox off when run as root, an isolated user-defaults
+// folder per run, and death tests that are safe with the session thread running.
 #include "platform/UserDefaults.h"
 
 #include <QApplication>
@@ -9,10 +9,15 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 int main(int argc, char **argv)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The bank page's browser refuses to start its own sandbox as root, as a CI machine runs.
+    if (::geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     ::testing::InitGoogleTest(&argc, argv);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
 
