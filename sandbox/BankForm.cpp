@@ -33,8 +33,11 @@ std::string BankForm::encode() const
     fields.emplace_back(kChecksum, expectedChecksum());
 
     std::string body;
-    for (const auto &[name, value] : fields)
-        body += (body.empty() ? "" : "&") + std::string(name) + '=' + wire::formEncode(value);
+    for (const auto &[name, value] : fields) {
+        if (!body.empty())
+            body += '&';
+        body.append(name).append(1, '=').append(wire::formEncode(value));
+    }
     return body;
 }
 
