@@ -16,6 +16,21 @@ namespace kovena {
 
 namespace {
 
+// The reply body as JSON, or nullopt with what was wrong in `fault`: the position and kind of
+// the fault, never the body's text.
+std::optional<JsonValue> decode(const QByteArray &body, std::string &fault)
+{
+    try {
+        return JsonValue::parse(body.constBegin(), body.constEnd());
+    } catch (const JsonValue::parse_error &e) {
+        fault = "parse error " + std::to_string(e.id) + " at byte " + std::to_string(e.byte);
+    } catch (const JsonValue::out_of_range &e) {
+        // A number beyond the range of a double.
+        fault = "number out of range, error " + std::to_string(e.id);
+    }
+    return std::nullopt;
+}
+
 std::optional<QByteArray> encodeBody(const char *operation, const JsonValue &body)
 {
     try {
@@ -69,16 +84,15 @@ void ApiRequest::handleReply(
         return;
     }
 
-    JsonValue reply;
-    try {
-        reply = JsonValue::parse(result.body->constBegin(), result.body->constEnd());
-    } catch (const JsonValue::parse_error &e) {
+    std::string fault;
+    const std::optional<JsonValue> decoded = decode(*result.body, fault);
+    if (!decoded) {
         handlers.failure();
-        // The position and kind of the fault, never the body's text.
-        qCWarning(lcApi, "%s: reply is not valid JSON (parse error %d at byte %zu)", operation, e.id, e.byte);
+        qCWarning(lcApi, "%s: reply is not valid JSON (%s)", operation, fault.c_str());
         return;
     }
 
+    const JsonValue &reply = *decoded;
     if (!reply.is_object())
         fatalError("a backend reply is not a JSON object");
 
