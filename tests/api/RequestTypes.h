@@ -15,7 +15,8 @@ struct RequestType
 {
     const char *name;
     bool registersPayment; // a success stores "retry"
-    // `pendingId`: a registered UPI payment, for the collect request.
+    bool namesPendingPayment; // the collect request: it needs a registered UPI payment
+    // `pendingId`: that registered payment's id.
     DataTaskPtr (*send)(std::shared_ptr<Recorder> recorder, const QString &pendingId);
     // The callback in a few words: "failure" for the failure value, else what it carried.
     std::string (*describe)(const Recorder::Call &call);
