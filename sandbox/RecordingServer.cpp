@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <openssl/err.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -165,6 +166,8 @@ private:
     ssize_t receive(char *ptr, size_t size)
     {
         if (m_ssl) {
+            // SSL_get_error reads the thread's error queue, which must start empty.
+            ERR_clear_error();
             const int n = SSL_read(m_ssl, ptr, static_cast<int>(std::min<size_t>(size, INT_MAX)));
             if (n > 0)
                 return n;
@@ -393,6 +396,7 @@ bool TlsRecordingServer::process_and_close_socket(socket_t sock)
     ::setsockopt(sock, SOL_SOCKET, SO_RCVTIMEO, &readTimeout, sizeof(readTimeout));
     ::setsockopt(sock, SOL_SOCKET, SO_SNDTIMEO, &writeTimeout, sizeof(writeTimeout));
 
+    ERR_clear_error(); // a failed handshake before, on this thread, left its errors there
     SSL *ssl = SSL_new(ssl_context());
     if (!ssl || SSL_set_fd(ssl, sock) != 1 || SSL_accept(ssl) != 1) {
         // Most often a client that does not trust the certificate and said so with an alert.
