@@ -63,7 +63,7 @@ TEST(UserDefaultsCrash, EveryKillLeavesTheOldOrTheNewContent)
     std::mt19937 random(seed);
     // -1: kill as soon as the writer runs, perhaps before it has written anything; n: kill once
     // it has begun its (n + 1)th write.
-    std::uniform_int_distribution<int> killAfter(-1, 12);
+    std::uniform_int_distribution<int> killAfter(-1, 5);
 
     int onDisk = 0; // the write number the file holds
     int killedMidWrite = 0;

@@ -63,11 +63,6 @@ TEST_F(FaultTest, EachTokenPlaysItsFaultOnTheWire)
     const RawReply normal = ask("t");
     ASSERT_EQ(normal.status(), 200);
     ASSERT_TRUE(normal.closed);
-    const json normalJson = json::parse(normal.body);
-    const auto withoutMember = [](json &&value, const char *member) {
-        value.erase(member);
-        return value;
-    };
 
     using Check = std::function<void(const RawReply &)>;
     const std::pair<std::string, Check> rows[] = {
@@ -107,24 +102,20 @@ TEST_F(FaultTest, EachTokenPlaysItsFaultOnTheWire)
                 EXPECT_EQ(r.header("Content-Length"), "0");
                 EXPECT_EQ(r.body, "");
             } },
+        // Compared as text: the extra member comes first, the normal answer follows unchanged.
         { "huge-body",
             [&](const RawReply &r) {
                 EXPECT_GE(r.body.size(), Fault::kHugeBodyBytes);
-                EXPECT_EQ(withoutMember(json::parse(r.body), "padding"), normalJson);
+                EXPECT_EQ(r.body,
+                    R"({"padding":")" + std::string(Fault::kHugeBodyBytes, 'x') + "\","
+                        + normal.body.substr(1));
             } },
         { "deep-nesting",
             [&](const RawReply &r) {
-                json parsed = json::parse(r.body);
-                const json *inner = &parsed["nested"];
-                std::size_t depth = 1;
-                while (inner->is_array() && !inner->empty()) {
-                    inner = &inner->front();
-                    ++depth;
-                }
-                EXPECT_EQ(depth, Fault::kNestingDepth);
-                // Erased in place: copying a value this deep would recurse as deep.
-                parsed.erase("nested");
-                EXPECT_EQ(parsed, normalJson);
+                const std::size_t depth = Fault::kNestingDepth;
+                EXPECT_EQ(r.body,
+                    R"({"nested":)" + std::string(depth, '[') + std::string(depth, ']') + ","
+                        + normal.body.substr(1));
             } },
         { "invalid-utf8",
             [&](const RawReply &r) {
