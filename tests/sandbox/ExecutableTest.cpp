@@ -1,10 +1,11 @@
 // The sandbox program, run as a separate process.
+#include "SandboxClient.h"
+
 #include <QProcess>
 #include <QStringList>
 
 #include <httplib.h>
 #include <nlohmann/json.hpp>
-#include <openssl/pem.h>
 
 #include <gtest/gtest.h>
 
@@ -83,14 +84,7 @@ TEST(SandboxProgram, ServesHttpsWithTheCertificateItWritesOut)
     EXPECT_EQ(pem.find("PRIVATE KEY"), std::string::npos) << "the key stays in the process";
 
     httplib::SSLClient client("127.0.0.1", std::stoi(match[1]));
-    BIO *bio = BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size()));
-    X509 *certificate = PEM_read_bio_X509(bio, nullptr, nullptr, nullptr);
-    BIO_free(bio);
-    ASSERT_TRUE(certificate);
-    X509_STORE *store = X509_STORE_new();
-    X509_STORE_add_cert(store, certificate);
-    X509_free(certificate);
-    client.set_ca_cert_store(store);
+    client.set_ca_cert_store(storeTrusting(pem));
     client.enable_server_certificate_verification(true);
     auto reply = client.Post("/KoVena/v1/sdk/txn/1/false/2", { { "Authorization", "Bearer t" } },
         R"({"kovenaRefNumber":"43","transactionRefNumber":"","txnOtp":""})",
