@@ -1,6 +1,7 @@
 // A writer of the user defaults killed with SIGKILL at random moments, 200 times over. After
 // every kill the file reads whole, with the value of the last write that finished or of the one
-// that had begun: never damaged, empty or missing, and no temporary file is left beside it.
+// that had begun: never damaged, empty or missing; and once the store is opened again no
+// temporary file is left beside it.
 #include "DefaultsPayload.h"
 
 #include "platform/UserDefaults.h"
@@ -46,6 +47,11 @@ void readLines(QProcess &writer, Progress &progress)
     }
 }
 
+QStringList filesIn(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+}
+
 TEST(UserDefaultsCrash, EveryKillLeavesTheOldOrTheNewContent)
 {
     QTemporaryDir dir;
@@ -67,6 +73,7 @@ TEST(UserDefaultsCrash, EveryKillLeavesTheOldOrTheNewContent)
 
     int onDisk = 0; // the write number the file holds
     int killedMidWrite = 0;
+    int interruptedSaves = 0;
     for (int round = 0; round < kKills; ++round) {
         SCOPED_TRACE("kill " + std::to_string(round + 1));
         QProcess writer;
@@ -103,16 +110,45 @@ TEST(UserDefaultsCrash, EveryKillLeavesTheOldOrTheNewContent)
         ASSERT_TRUE(generation == oldContent || generation == newContent)
             << "write " << generation << " on disk; expected " << oldContent << " or " << newContent;
         ASSERT_EQ(payload, defaultsPayload(generation)) << "a value cut short";
+        // A kill between a save's temporary file and its rename leaves the file behind; the
+        // store removes it when it is next opened.
+        interruptedSaves += int(filesIn(dir.path()).size()) - 1;
         EXPECT_EQ(UserDefaults(path).string(QStringLiteral("payload")), payload);
-        EXPECT_EQ(
-            QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System), QStringList { fileName })
-            << "a temporary file was left behind";
+        EXPECT_EQ(filesIn(dir.path()), QStringList { fileName }) << "a temporary file stayed behind";
         onDisk = generation;
     }
     // Most kills land inside a write, since writing is nearly all the writer does.
     EXPECT_GT(killedMidWrite, 0);
     RecordProperty("killedMidWrite", killedMidWrite);
+    RecordProperty("interruptedSaves", interruptedSaves);
     RecordProperty("lastWrite", onDisk);
+}
+
+// The temporary file of a save that never got renamed holds a copy of the store; opening the
+// store removes it, and only it.
+TEST(UserDefaultsCrash, OpeningTheStoreRemovesAnInterruptedSave)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = dir.filePath(QStringLiteral("kovena-defaults.json"));
+    UserDefaults(path).setString(QStringLiteral("accessToken"), QStringLiteral("tok-1"));
+    QFile store(path);
+    ASSERT_TRUE(store.open(QIODevice::ReadOnly));
+    const QByteArray content = store.readAll();
+
+    const QStringList others { QStringLiteral("kovena-defaults.json.bak"),
+        QStringLiteral("kovena-defaults.json.lHSDN1"), QStringLiteral("other.json.lHSDNW") };
+    for (const QString &name : others + QStringList { QStringLiteral("kovena-defaults.json.lHSDNW") }) {
+        QFile file(dir.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+
+    UserDefaults reopened(path);
+    EXPECT_EQ(reopened.string(QStringLiteral("accessToken")), QStringLiteral("tok-1"));
+    QStringList expected = others + QStringList { QStringLiteral("kovena-defaults.json") };
+    expected.sort();
+    EXPECT_EQ(filesIn(dir.path()), expected);
 }
 
 } // namespace
