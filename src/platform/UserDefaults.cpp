@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMutexLocker>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QStandardPaths>
 
@@ -43,6 +44,24 @@ QString standardFilePath(const QString &folder)
     if (!QDir().mkpath(dir))
         qCWarning(lcKovena) << "cannot create the user defaults folder" << dir;
     return QDir(dir).filePath(kFileName);
+}
+
+// A save writes a temporary file beside the store's and renames it over the store's. A process
+// killed between the two leaves that file behind, named after the store's file with a dot and
+// six random letters; it holds a copy of the store, access token included, so it is removed
+// when the store is next opened.
+void removeInterruptedSaves(const QString &filePath)
+{
+    const QFileInfo store(filePath);
+    const QRegularExpression leftover(
+        QStringLiteral("^%1\\.[A-Za-z]{6}$").arg(QRegularExpression::escape(store.fileName())));
+    const QDir dir = store.dir();
+    const QStringList candidates = dir.entryList(
+        { store.fileName() + QStringLiteral(".*") }, QDir::Files | QDir::Hidden | QDir::System);
+    for (const QString &name : candidates) {
+        if (leftover.match(name).hasMatch() && !QFile::remove(dir.filePath(name)))
+            qCWarning(lcKovena) << "cannot remove the interrupted save" << dir.filePath(name);
+    }
 }
 
 } // namespace
@@ -165,6 +184,7 @@ void UserDefaults::load()
 {
     if (m_filePath.isEmpty())
         return;
+    removeInterruptedSaves(m_filePath);
     QFile file(m_filePath);
     if (!file.exists())
         return;

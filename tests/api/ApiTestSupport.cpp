@@ -77,9 +77,9 @@ void Recorder::add(Call call)
     m_sequence.push_back(std::move(call));
 }
 
-bool Recorder::waitForCallback()
+bool Recorder::waitForCallback(int timeoutMs)
 {
-    const bool arrived = QTest::qWaitFor([&] { return !calls().empty(); }, kWaitMs);
+    const bool arrived = QTest::qWaitFor([&] { return !calls().empty(); }, timeoutMs);
     flushSessionThread();
     return arrived;
 }

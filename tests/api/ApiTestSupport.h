@@ -69,7 +69,7 @@ public:
 
     // Waits for one callback, then lets the session thread run past it so that a second call
     // of the same request would be seen.
-    bool waitForCallback();
+    bool waitForCallback(int timeoutMs = kWaitMs);
     std::vector<Call> calls() const; // callbacks only
     std::vector<Call> sequence() const;
 

@@ -67,6 +67,7 @@ const ReplyCase kReplies[] = {
     { "nullErrorGoesOn", 200, R"({"error":null,%})", false, true, false },
     { "http500WithSuccessBody", 500, "{%}", false, true, false },
     { "http401WithSuccessBody", 401, "{%}", false, true, false },
+    { "http407WithSuccessBody", 407, "{%}", false, true, false },
     { "http200Success", 200, "{%}", false, true, false },
 };
 
