@@ -125,11 +125,7 @@ protected:
         screen = qobject_cast<CardViewController *>(
             mainKovenaStoryboard().instantiateViewController(u"CardViewController"_s));
         ASSERT_TRUE(screen);
-        screen->amount = u"1250.00"_s;
-        screen->merchantTransactionRefNumber = u"ORD-CARD-7"_s;
-        screen->collectorId = u"COL-9"_s;
-        screen->merchantVC = merchant;
-        screen->isPaymentModeAvail = true;
+        testing::handOverCheckout(*screen, merchant, u"1250.00"_s, u"ORD-CARD-7"_s, u"COL-9"_s);
         nav->setViewControllers({ new ViewController, screen.data() });
         setRootViewController(&window, nav);
         window.show();

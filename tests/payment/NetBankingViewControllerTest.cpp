@@ -111,11 +111,7 @@ protected:
         screen = qobject_cast<NetBankingViewController *>(
             storyboard.instantiateViewController(u"NetBankingViewController"_s));
         ASSERT_TRUE(screen);
-        screen->amount = u"249.50"_s;
-        screen->merchantTransactionRefNumber = reference;
-        screen->collectorId = u"COL-77"_s;
-        screen->merchantVC = merchant;
-        screen->isPaymentModeAvail = true;
+        testing::handOverCheckout(*screen, merchant, u"249.50"_s, reference, u"COL-77"_s);
     }
 
     // Shows the screen with `listBody` scripted as the bank list answer.

@@ -55,11 +55,7 @@ protected:
         merchant->setParent(&window);
         nav = new NavigationController;
         screen = new UPIViewController;
-        screen->amount = u"249.50"_s;
-        screen->merchantTransactionRefNumber = reference;
-        screen->collectorId = u"COL-77"_s;
-        screen->merchantVC = merchant;
-        screen->isPaymentModeAvail = true;
+        testing::handOverCheckout(*screen, merchant, u"249.50"_s, reference, u"COL-77"_s);
         nav->setViewControllers({ new ViewController, screen.data() });
         setRootViewController(&window, nav);
         window.show();

@@ -1,6 +1,7 @@
 #pragma once
 
 // Driving a library screen as the customer does.
+#include "payment/PaymentScreen.h"
 #include "platform/AlertController.h"
 #include "platform/NavigationController.h"
 
@@ -23,6 +24,18 @@ inline QStringList toastsOn(const QWidget *screen)
         for (const QLabel *label : screen->findChildren<QLabel *>(QStringLiteral("kovenaToast")))
             texts << label->text();
     return texts;
+}
+
+// What the payment option screen hands a payment screen: the checkout's amount, order and
+// collector, the merchant to report to, and a Cancel button in the navigation bar.
+inline void handOverCheckout(PaymentScreen &screen, QWidget *merchant, const QString &amount,
+    const QString &reference, const QString &collectorId)
+{
+    screen.amount = amount;
+    screen.merchantTransactionRefNumber = reference;
+    screen.collectorId = collectorId;
+    screen.merchantVC = merchant;
+    screen.isPaymentModeAvail = true;
 }
 
 // Taps the navigation bar's "Cancel", then `button` ("Cancel" or "Proceed") of the question it
