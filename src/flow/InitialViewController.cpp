@@ -55,7 +55,7 @@ void InitialViewController::openPaymentOptions()
     ViewController *scene = board.instantiateViewController(u"PaymentOptionVC"_s);
     auto *options = qobject_cast<PaymentOptionVC *>(scene);
     if (!options)
-        fatalError("the scene PaymentOptionVC is not a PaymentOptionVC");
+        fatalError("InitialViewController: the scene PaymentOptionVC is not a PaymentOptionVC");
 
     options->amount = amount;
     options->merchantTransactionRefNumber = merchantTransactionRefNumber;

@@ -19,7 +19,7 @@ void NavigatorController::viewDidLoad()
 
     auto *initial = qobject_cast<InitialViewController *>(topViewController());
     if (!initial)
-        fatalError("the first screen of the checkout is not an InitialViewController");
+        fatalError("NavigatorController: the first screen of the checkout is not an InitialViewController");
 
     const CheckoutParams &params = checkoutParams;
     if (params.isStatusClicked) {

@@ -65,7 +65,7 @@ void PaymentOptionScreen::handOver(QWidget *next, bool withCollectorId) const
 {
     auto *screen = qobject_cast<PaymentScreen *>(next);
     if (!screen)
-        fatalError("payment option screen: the next screen is not a payment screen");
+        fatalError("PaymentOptionScreen: the next screen is not a payment screen");
     screen->amount = amount.value_or(QString());
     screen->merchantTransactionRefNumber = merchantTransactionRefNumber;
     screen->merchantVC = merchantVC;

@@ -15,7 +15,6 @@
 
 #include <QPalette>
 
-#include <cmath>
 #include <cstdint>
 
 using namespace Qt::StringLiterals;
@@ -43,10 +42,10 @@ std::int64_t wholeRupees(const QString &amountText)
     const std::optional<float> value = Utils::floatValue(amountText);
     if (!value)
         fatalError("PaymentOptionVC: amount is not a number");
-    constexpr float twoTo63 = 9223372036854775808.0f;
-    if (!std::isfinite(*value) || *value >= twoTo63 || *value < -twoTo63)
+    const std::optional<std::int64_t> whole = Utils::truncatedInt64(*value);
+    if (!whole)
         fatalError("PaymentOptionVC: amount out of integer range");
-    return static_cast<std::int64_t>(*value);
+    return *whole;
 }
 
 } // namespace

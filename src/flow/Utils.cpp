@@ -80,12 +80,19 @@ bool Utils::isValidRange(const std::optional<QString> &amount)
     const std::optional<float> lowerBound = floatValue(u"1"_s);
     if (*lowerBound > *value)
         return false;
+    const std::optional<std::int64_t> whole = truncatedInt64(*value);
+    if (!whole)
+        fatalError("Utils::isValidRange: amount out of integer range");
+    return *whole < 1000000;
+}
+
+std::optional<std::int64_t> Utils::truncatedInt64(float value)
+{
     // The float range of int64 is [-2^63, 2^63); anything outside (or NaN) cannot be truncated.
     constexpr float twoTo63 = 9223372036854775808.0f;
-    if (!std::isfinite(*value) || *value >= twoTo63 || *value < -twoTo63)
-        fatalError("Utils::isValidRange: amount out of integer range");
-    const auto whole = static_cast<std::int64_t>(*value);
-    return whole < 1000000;
+    if (!std::isfinite(value) || value >= twoTo63 || value < -twoTo63)
+        return std::nullopt;
+    return static_cast<std::int64_t>(value);
 }
 
 bool Utils::isValidVPA(const QString &virtualAddress)

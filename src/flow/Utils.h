@@ -24,6 +24,9 @@ public:
     // The whole text as a single-precision number, read the same way in every locale
     // ("1.5", "1e3", "-2"); nothing when it is not one number (blanks, commas, empty).
     static std::optional<float> floatValue(const QString &text);
+    // `value` truncated towards zero; nothing when no 64-bit integer holds it (infinite, not a
+    // number, beyond the range), where a plain conversion would be undefined.
+    static std::optional<std::int64_t> truncatedInt64(float value);
 };
 
 } // namespace kovena

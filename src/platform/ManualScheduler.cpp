@@ -1,5 +1,9 @@
 #include "platform/ManualScheduler.h"
 
+#include "platform/Dispatch.h"
+
+#include <QCoreApplication>
+#include <QEvent>
 #include <QMutexLocker>
 #include <QThread>
 
@@ -11,6 +15,14 @@ bool runsBefore(
     std::chrono::milliseconds dueA, std::uint64_t seqA, std::chrono::milliseconds dueB, std::uint64_t seqB)
 {
     return dueA < dueB || (dueA == dueB && seqA < seqB);
+}
+
+// The event loop deletes what deleteLater() handed it before it delivers the next event; the
+// manual clock stands in for that loop, so it does the same before each block and when it stops.
+void deleteWhatWasDeletedLater()
+{
+    if (dispatch::isMainThread())
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 } // namespace
 
@@ -57,11 +69,14 @@ int ManualScheduler::advance(std::chrono::milliseconds by)
     }
     int ran = 0;
     Entry entry;
+    deleteWhatWasDeletedLater();
     while (takeNextDue(limit, postedBefore, entry)) {
         // Run outside the lock: the block may post more work or read the clock.
         auto block = std::move(entry.block);
         block();
+        block = nullptr; // what the block held goes now, as a finished event's would
         ++ran;
+        deleteWhatWasDeletedLater();
     }
     QMutexLocker lock(&m_mutex);
     m_now = std::max(m_now, limit);

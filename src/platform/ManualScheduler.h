@@ -13,7 +13,9 @@ namespace kovena {
 
 // A scheduler whose clock only moves when told to. Every block, whatever its queue, runs on
 // the thread that calls advance()/runDue(), in order of due time, then of posting. Blocks that
-// other threads post while the clock runs wait for the next call.
+// other threads post while the clock runs wait for the next call. On the main thread it also
+// stands in for the event loop's deferred deletes: objects handed to deleteLater() are deleted
+// before each block runs and when the call returns, as they would be between two events.
 // Install it with ScopedScheduler (or setScheduler) in tests.
 class ManualScheduler : public Scheduler
 {

@@ -304,16 +304,48 @@ public:
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (watched == m_window && event->type() == QEvent::Resize && root
-            && !qobject_cast<QMainWindow *>(m_window) && root->parentWidget() == m_window)
+        if (watched != m_window)
+            return false;
+        if (event->type() == QEvent::Resize && root && !qobject_cast<QMainWindow *>(m_window)
+            && root->parentWidget() == m_window)
             root->setGeometry(m_window->rect());
+        if (event->type() == QEvent::Show && m_loadWhenShown) {
+            m_loadWhenShown = false;
+            loadRootSoon();
+        }
         return false;
+    }
+
+    // The root loads on the next turn of the main queue, as views load in the next layout pass:
+    // whatever the caller stores right after installing it is visible to the first screens. A
+    // window that is not on screen then shows nothing, so nothing loads until it is shown: a
+    // flow started there makes no request and reports nothing before the customer can see it.
+    void loadRootSoon()
+    {
+        QPointer<RootHolder> self(this);
+        QPointer<ViewController> vc(root);
+        dispatch::main().async([self, vc] {
+            if (!self || !vc || self->root != vc)
+                return;
+            if (!self->m_window->isVisible()) {
+                self->m_loadWhenShown = true;
+                return;
+            }
+            vc->loadViewIfNeeded();
+            if (auto *nav = qobject_cast<NavigationController *>(vc.data())) {
+                nav->appear();
+            } else {
+                vc->viewWillAppear(false);
+                vc->viewDidAppear(false);
+            }
+        });
     }
 
     QPointer<ViewController> root;
 
 private:
     QWidget *m_window;
+    bool m_loadWhenShown = false;
 };
 
 void releaseRoot(ViewController *old)
@@ -362,22 +394,7 @@ void setRootViewController(QWidget *widget, ViewController *vc)
     vc->show();
     vc->raise();
     releaseRoot(previous);
-
-    // The new root loads on the next turn of the main queue, as views load in the next layout
-    // pass: whatever the caller stores right after installing it is visible to the first screens.
-    QPointer<RootHolder> holderGuard(holder);
-    QPointer<ViewController> vcGuard(vc);
-    dispatch::main().async([holderGuard, vcGuard] {
-        if (!holderGuard || !vcGuard || holderGuard->root != vcGuard)
-            return;
-        vcGuard->loadViewIfNeeded();
-        if (auto *nav = qobject_cast<NavigationController *>(vcGuard.data())) {
-            nav->appear();
-        } else {
-            vcGuard->viewWillAppear(false);
-            vcGuard->viewDidAppear(false);
-        }
-    });
+    holder->loadRootSoon();
 }
 
 ViewController *rootViewController(QWidget *window)

@@ -74,7 +74,8 @@ private:
 };
 
 // Makes `vc` the root of `window`'s content, replacing what was shown. The widgets that were
-// shown are hidden but kept (never deleted); a previous root installed here is released.
+// shown are hidden but kept (never deleted); a previous root installed here is released. The root
+// loads on the next turn of the main queue, or, while the window is not shown, once it is.
 void setRootViewController(QWidget *window, ViewController *vc);
 // The root installed by setRootViewController, or nullptr.
 ViewController *rootViewController(QWidget *window);

@@ -75,4 +75,10 @@ void setProbe(Probe probe)
     g_probe = std::move(probe);
 }
 
+Probe installedProbe()
+{
+    QMutexLocker lock(&g_probeMutex);
+    return g_probe;
+}
+
 } // namespace kovena::reachability

@@ -19,6 +19,8 @@ std::optional<std::uint32_t> zeroAddressFlags();
 // Replaces the probe for the whole process (tests, or a host that knows better); an empty
 // function restores the system probe.
 void setProbe(Probe probe);
+// The probe installed by setProbe(); empty while the system probe answers.
+Probe installedProbe();
 // The system probe: QNetworkInformation where a backend is available, else a scan of the
 // network interfaces for one that is up, running, not loopback and has an address.
 std::optional<std::uint32_t> systemProbe();

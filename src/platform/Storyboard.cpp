@@ -4,11 +4,18 @@
 #include "platform/NavigationController.h"
 #include "platform/ViewController.h"
 
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 
 Storyboard::Storyboard(QString name)
     : m_name(std::move(name))
 { }
+
+void Storyboard::stop(const QString &what) const
+{
+    fatalError(u"storyboard %1 %2"_s.arg(m_name, what).toUtf8().constData());
+}
 
 void Storyboard::registerScene(const QString &identifier, Factory factory)
 {
@@ -36,10 +43,10 @@ ViewController *Storyboard::instantiateViewController(const QString &identifier)
 {
     const auto it = m_scenes.constFind(identifier);
     if (it == m_scenes.constEnd() || !*it)
-        fatalError("storyboard has no scene with this identifier");
+        stop(u"has no scene \"%1\""_s.arg(identifier));
     ViewController *vc = (*it)();
     if (!vc)
-        fatalError("storyboard scene factory made no screen");
+        stop(u"made no screen for the scene \"%1\""_s.arg(identifier));
     vc->m_storyboard = this;
     vc->m_storyboardIdentifier = identifier;
     return vc;
@@ -49,9 +56,9 @@ void Storyboard::performSegue(ViewController *source, const QString &segueIdenti
 {
     const auto it = m_segues.constFind(segueIdentifier);
     if (it == m_segues.constEnd())
-        fatalError("storyboard has no segue with this identifier");
+        stop(u"has no segue \"%1\""_s.arg(segueIdentifier));
     if (!source)
-        fatalError("segue performed without a source screen");
+        stop(u"performed the segue \"%1\" without a source screen"_s.arg(segueIdentifier));
     ViewController *destination = instantiateViewController(*it);
     source->prepare(StoryboardSegue { segueIdentifier, source, destination }, sender);
     if (NavigationController *nav = source->navigationController())

@@ -36,6 +36,9 @@ public:
     void performSegue(ViewController *source, const QString &segueIdentifier, QObject *sender);
 
 private:
+    // Fatal: "storyboard <name> <what>".
+    [[noreturn]] void stop(const QString &what) const;
+
     QString m_name;
     QString m_initial;
     QMap<QString, Factory> m_scenes;

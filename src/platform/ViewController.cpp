@@ -145,7 +145,10 @@ void ViewController::dismiss(bool animated)
 void ViewController::performSegue(const QString &identifier, QObject *sender)
 {
     if (!m_storyboard)
-        fatalError("performSegue on a screen that does not come from a storyboard");
+        fatalError(QStringLiteral("performSegue \"%1\": the screen does not come from a storyboard")
+                       .arg(identifier)
+                       .toUtf8()
+                       .constData());
     m_storyboard->performSegue(this, identifier, sender);
 }
 

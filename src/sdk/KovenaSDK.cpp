@@ -11,36 +11,44 @@
 
 #include <QWidget>
 
+#include <string>
+
 namespace kovena {
 
 namespace {
 
-const QString &required(const std::optional<QString> &value, const char *whatIsMissing)
+// Names the entry point that stopped, and why.
+[[noreturn]] void stop(const char *entry, const char *what)
+{
+    fatalError((std::string(entry) + ": " + what).c_str());
+}
+
+const QString &required(const std::optional<QString> &value, const char *entry, const char *whatIsMissing)
 {
     if (!value)
-        fatalError(whatIsMissing);
+        stop(entry, whatIsMissing);
     return *value;
 }
 
 // Opens the storyboard, logs the token line and instantiates the flow's root controller: the
 // first three steps of both entry points.
-NavigatorController *instantiateNavigator(const QString &accessToken)
+NavigatorController *instantiateNavigator(const char *entry, const QString &accessToken)
 {
     Storyboard &storyboard = mainKovenaStoryboard();
     addBankPage(storyboard);
     qCDebug(lcKovena).noquote().nospace() << "---Merchant Access Token" << accessToken;
     auto *navigator = qobject_cast<NavigatorController *>(storyboard.instantiateInitialViewController());
     if (!navigator)
-        fatalError("the storyboard MainKovena has no NavigatorController as its initial scene");
+        stop(entry, "the storyboard MainKovena has no NavigatorController as its initial scene");
     return navigator;
 }
 
 // Replaces the merchant window's content with the flow; the merchant's own screen is kept,
 // hidden, and still receives the outcome.
-void install(QWidget *merchantVC, NavigatorController *navigator)
+void install(const char *entry, QWidget *merchantVC, NavigatorController *navigator)
 {
     if (!merchantVC)
-        fatalError("kovena: merchantVC is required");
+        stop(entry, "merchantVC is required");
     setRootViewController(merchantVC->window(), navigator);
 }
 
@@ -57,22 +65,23 @@ void KovenaSDK::kovenaInit(QWidget *merchantVC, const QString &appName, const st
     const std::optional<QString> &customerMobNum, const std::optional<QString> &customerEmail,
     const QString &requestId, const QString &paymentMode)
 {
-    NavigatorController *navigator = instantiateNavigator(accessToken);
+    const char *entry = "kovenaInit";
+    NavigatorController *navigator = instantiateNavigator(entry, accessToken);
 
     CheckoutParams &params = navigator->checkoutParams;
     params.accessToken = accessToken;
     params.collectorId = collectorId;
-    params.amount = required(amount, "kovenaInit: amount is required");
-    params.merchantTransactionRefNumber = required(orderNo, "kovenaInit: orderNo is required");
+    params.amount = required(amount, entry, "amount is required");
+    params.merchantTransactionRefNumber = required(orderNo, entry, "orderNo is required");
     params.merchantAppName = appName;
     params.merchantVC = merchantVC;
-    params.customerMobNum = required(customerMobNum, "kovenaInit: customerMobNum is required");
-    params.customerEmail = required(customerEmail, "kovenaInit: customerEmail is required");
+    params.customerMobNum = required(customerMobNum, entry, "customerMobNum is required");
+    params.customerEmail = required(customerEmail, entry, "customerEmail is required");
     params.paymentMode = paymentMode;
     params.isStatusClicked = false;
     params.requestId = requestId.isEmpty() ? *orderNo : requestId;
 
-    install(merchantVC, navigator);
+    install(entry, merchantVC, navigator);
 
     UserDefaults::resetStandardUserDefaults();
     UserDefaults &defaults = UserDefaults::standard();
@@ -85,15 +94,16 @@ void KovenaSDK::kovenaInit(QWidget *merchantVC, const QString &appName, const st
 void KovenaSDK::kovenaStatusInit(QWidget *merchantVC, const QString &kovenaTransactionId,
     const std::optional<QString> &orderId, const QString &accessToken)
 {
-    NavigatorController *navigator = instantiateNavigator(accessToken);
+    const char *entry = "kovenaStatusInit";
+    NavigatorController *navigator = instantiateNavigator(entry, accessToken);
 
     CheckoutParams &params = navigator->checkoutParams;
     params.isStatusClicked = true;
     params.kovenaTxnId = kovenaTransactionId;
-    params.orderId = required(orderId, "kovenaStatusInit: orderId is required");
+    params.orderId = required(orderId, entry, "orderId is required");
     params.merchantVC = merchantVC;
 
-    install(merchantVC, navigator);
+    install(entry, merchantVC, navigator);
 
     // Only the token: the customer fields of an earlier checkout stay.
     UserDefaults &defaults = UserDefaults::standard();

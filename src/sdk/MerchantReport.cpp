@@ -10,6 +10,7 @@
 #include <QWidget>
 
 #include <limits>
+#include <string>
 
 namespace kovena::MerchantReport {
 
@@ -36,13 +37,14 @@ std::shared_ptr<TransactionStatus> decidedRecord(std::int32_t status)
     return record;
 }
 
-KovenaCallback &merchantCallback(QWidget *merchantVC)
+KovenaCallback &merchantCallback(QWidget *merchantVC, const char *reporter)
 {
     if (!merchantVC)
-        fatalError("the merchant screen is gone: no one to report the outcome to");
+        fatalError((std::string(reporter) + ": no merchant screen to report the outcome to").c_str());
     auto *callback = dynamic_cast<KovenaCallback *>(merchantVC);
     if (!callback)
-        fatalError("the merchant screen does not implement KovenaCallback");
+        fatalError(
+            (std::string(reporter) + ": the merchant screen does not implement KovenaCallback").c_str());
     return *callback;
 }
 
@@ -52,19 +54,19 @@ void btnBack(ViewController *screen, QWidget *merchantVC, std::int32_t status)
     if (screen)
         screen->dismiss(true);
     qCDebug(lcFlow) << "reporting status" << status << "to the merchant";
-    merchantCallback(merchantVC).onTransactionComplete(std::move(record));
+    merchantCallback(merchantVC, "btnBack").onTransactionComplete(std::move(record));
 }
 
 void finish(QWidget *merchantVC, std::shared_ptr<TransactionStatus> trnasactionStatus)
 {
     if (!trnasactionStatus)
-        fatalError("no transaction status to report");
+        fatalError("finish: no transaction status to report");
     if (const auto &data = trnasactionStatus->data) {
         if (!data->paymentStatus)
-            fatalError("transaction status without a payment status");
+            fatalError("finish: the transaction status has no payment status");
         data->description = descriptionOf(*data->paymentStatus);
     }
-    merchantCallback(merchantVC).onTransactionComplete(std::move(trnasactionStatus));
+    merchantCallback(merchantVC, "finish").onTransactionComplete(std::move(trnasactionStatus));
 }
 
 } // namespace kovena::MerchantReport

@@ -18,8 +18,8 @@ namespace MerchantReport {
 std::shared_ptr<TransactionStatus> decidedRecord(std::int32_t status);
 
 // The merchant screen as its callback. A missing screen, or one that does not implement
-// KovenaCallback, is fatal.
-KovenaCallback &merchantCallback(QWidget *merchantVC);
+// KovenaCallback, is fatal; the diagnostic names `reporter`, the operation that reports.
+KovenaCallback &merchantCallback(QWidget *merchantVC, const char *reporter);
 
 // An outcome the library decided itself (cancel, failed validation): builds the record,
 // dismisses `screen` (animated), then calls the merchant at once.

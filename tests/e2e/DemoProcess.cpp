@@ -68,6 +68,35 @@ QStringList DemoRun::screens() const
     return eventTexts(events, "screen", "name");
 }
 
+QStringList DemoRun::linesShowing(const QString &text) const
+{
+    QStringList lines;
+    for (const QString &output : { standardOutput, standardError })
+        for (const QString &line : output.split(u'\n'))
+            if (line.contains(text))
+                lines << line;
+    return lines;
+}
+
+void expectTokenOnlyInTheFacadeLine(const DemoRun &run)
+{
+    if (run.accessToken.isEmpty())
+        return; // nothing to look for
+    const QStringList lines = run.linesShowing(run.accessToken);
+    ASSERT_EQ(lines.size(), 1) << lines.join(u'\n').toStdString();
+    EXPECT_TRUE(lines[0].endsWith(QStringLiteral("---Merchant Access Token") + run.accessToken))
+        << lines[0].toStdString();
+}
+
+bool endedWithOneReport(const DemoRun &run, long long paymentStatus, const QString &description)
+{
+    EXPECT_TRUE(run.exitedWith(0));
+    EXPECT_TRUE(run.malformedLines.isEmpty());
+    EXPECT_EQ(run.paymentStatuses(), std::vector<long long> { paymentStatus });
+    EXPECT_EQ(run.descriptions(), QStringList { description });
+    return run.paymentStatuses().size() == 1;
+}
+
 std::string DemoRun::transcript() const
 {
     std::string text = "exit: ";
@@ -127,7 +156,19 @@ DemoRun runDemo(const QStringList &arguments, int limitMs, const QProcessEnviron
 
 DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &environment)
 {
-    return runDemo(QStringList { QStringLiteral("--headless") } + arguments, limitMs, environment);
+    QProcessEnvironment verbose;
+    verbose.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("kovena*.debug=true"));
+    verbose.insert(environment);
+    DemoRun run = runDemo(QStringList { QStringLiteral("--headless") } + arguments, limitMs, verbose);
+    // The last "--token" wins, as on the demo's command line.
+    run.accessToken = QStringLiteral("demo-token");
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        if (arguments[i] == u"--token" && i + 1 < arguments.size())
+            run.accessToken = arguments[i + 1];
+        else if (arguments[i].startsWith(u"--token="))
+            run.accessToken = arguments[i].mid(8);
+    }
+    return run;
 }
 
 } // namespace kovena::e2e

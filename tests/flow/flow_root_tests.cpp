@@ -1,29 +1,28 @@
 // The flow's root: a checkout opens the payment option screen without touching the backend; a
 // status enquiry asks the in-process backend and reports its record once, on the main thread.
+// Every ending of every flow, counted, is in the endings table; this is the root's own detail.
 #include "api/ApiManager.h"
+#include "api/Callbacks.h"
 #include "flow/InitialViewController.h"
 #include "flow/PaymentOptionVC.h"
 #include "flow/flow_root_support.h"
-#include "sandbox/Sandbox.h"
+#include "platform/Storyboard.h"
+#include "support/FatalDiagnostic.h"
+#include "support/InProcessBackend.h"
 
-#include <QEvent>
 #include <QTest>
+
+#include <atomic>
+#include <cstdio>
 
 using namespace kovena;
 using namespace kovena::testing;
 
 namespace {
 
-// The in-process backend, started once; the library is pointed at it before its first request.
 sandbox::Sandbox &statusBackend()
 {
-    static sandbox::Sandbox backend;
-    [[maybe_unused]] static const bool started = [] {
-        EXPECT_NE(backend.start(0), 0) << "the sandbox did not start";
-        EXPECT_TRUE(ApiManager::setServerUrl(QString::fromStdString(backend.baseUrl())));
-        return true;
-    }();
-    return backend;
+    return inProcessBackend();
 }
 
 class FlowRootTest : public FlowTest
@@ -43,7 +42,7 @@ protected:
     // The reply was handled on the session thread once it queued its two blocks on the main queue.
     bool waitForQueuedReply()
     {
-        return QTest::qWaitFor([&] { return clock.pendingCount() >= 2; }, 10000);
+        return QTest::qWaitFor([&] { return clock.pendingCount() >= 2; }, kWaitMs);
     }
 };
 
@@ -90,84 +89,100 @@ TEST_F(FlowRootTest, CheckoutReplacesAnUnloadedEnquiryAndOpensThePaymentOptionSc
     EXPECT_EQ(host.merchant->callCount(), 0u);
 }
 
-TEST_F(FlowRootTest, StatusEnquiryReportsTheBackendsRecordOnceOnTheMainThread)
+TEST_F(FlowRootTest, StatusEnquiryAsksOnceAndReportsAfterHidingTheOverlay)
 {
-    const struct
-    {
-        const char *id, *order;
-        qint64 paymentStatus;
-        const char *description;
-    } rows[] = { { "42", "ORD-1", 1, "Success" }, { "43", "ORD-2", 2, "Fail" },
-        { "44", "ORD-3", 14, "Pending" }, { "45", "ORD-4", 11, "Success" }, { "46", "ORD-5", 5, "Error" } };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.id);
-        statusBackend().clearRequests();
-        UserDefaults::resetStandardUserDefaults();
-        MerchantWindow window;
-        enquire(window, row.id, row.order);
-        ASSERT_NE(rootOf(window), nullptr);
-        // Only the enquiry's own fields reach the first screen.
-        rootOf(window)->checkoutParams.amount = QStringLiteral("should not travel");
-        rootOf(window)->checkoutParams.requestId = QStringLiteral("should not be stored");
-        clock.runDue();
-        InitialViewController *initial = first(window);
-        ASSERT_NE(initial, nullptr);
-        EXPECT_TRUE(initial->isStatusClicked);
-        EXPECT_EQ(QStringList({ initial->kovenaTxnId, initial->orderId, initial->amount }),
-            QStringList({ row.id, row.order, "" }));
-        EXPECT_EQ(initial->merchantVC, window.merchant.data());
-        EXPECT_FALSE(UserDefaults::standard().contains(QStringLiteral("requestId")));
-        EXPECT_EQ(rootOf(window)->viewControllers().size(), 1);
-        EXPECT_EQ(initial->loader().container()->parentWidget(), initial);
-        EXPECT_TRUE(initial->loader().isAnimating());
+    enquire(host, "44", "ORD-3");
+    ASSERT_NE(navigator(), nullptr);
+    // Only the enquiry's own fields reach the first screen.
+    navigator()->checkoutParams.amount = QStringLiteral("should not travel");
+    navigator()->checkoutParams.requestId = QStringLiteral("should not be stored");
+    clock.runDue();
+    InitialViewController *initial = first(host);
+    ASSERT_NE(initial, nullptr);
+    EXPECT_TRUE(initial->isStatusClicked);
+    EXPECT_EQ(QStringList({ initial->kovenaTxnId, initial->orderId, initial->amount }),
+        QStringList({ "44", "ORD-3", "" }));
+    EXPECT_EQ(initial->merchantVC, host.merchant.data());
+    EXPECT_FALSE(UserDefaults::standard().contains(QStringLiteral("requestId")));
+    EXPECT_EQ(navigator()->viewControllers().size(), 1);
+    EXPECT_EQ(initial->loader().container()->parentWidget(), initial);
+    EXPECT_TRUE(initial->loader().isAnimating());
 
-        bool overlayGoneAtReport = false;
-        window.merchant->onCall = [&](const std::shared_ptr<TransactionStatus> &) {
-            overlayGoneAtReport = !initial->loader().container()->parentWidget();
-        };
-        ASSERT_TRUE(waitForQueuedReply());
-        EXPECT_EQ(window.merchant->callCount(), 0u); // nothing reaches the merchant off the main queue
-        clock.runDue();
+    bool overlayGoneAtReport = false;
+    host.merchant->onCall = [&](const std::shared_ptr<TransactionStatus> &) {
+        overlayGoneAtReport = !initial->loader().container()->parentWidget();
+    };
+    ASSERT_TRUE(waitForQueuedReply());
+    EXPECT_EQ(host.merchant->callCount(), 0u); // nothing reaches the merchant off the main queue
+    clock.runDue();
 
-        const auto requests = statusBackend().requests();
-        ASSERT_EQ(requests.size(), 1u);
-        EXPECT_EQ(requests[0].path, "/KoVena/v1/sdk/txn/1/false/2");
-        EXPECT_EQ(requests[0].header("Authorization"), "Bearer token-2");
-        EXPECT_EQ(JsonValue::parse(requests[0].body),
-            JsonValue(
-                { { "kovenaRefNumber", row.id }, { "transactionRefNumber", row.order }, { "txnOtp", "" } }));
+    const auto requests = statusBackend().requests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].path, "/KoVena/v1/sdk/txn/1/false/2");
+    EXPECT_EQ(requests[0].header("Authorization"), "Bearer token-2");
+    EXPECT_EQ(JsonValue::parse(requests[0].body),
+        JsonValue({ { "kovenaRefNumber", "44" }, { "transactionRefNumber", "ORD-3" }, { "txnOtp", "" } }));
 
-        const auto calls = window.merchant->calls();
-        ASSERT_EQ(calls.size(), 1u);
-        EXPECT_TRUE(calls[0].onMainThread);
-        EXPECT_TRUE(overlayGoneAtReport);
-        const auto &record = calls[0].record;
-        ASSERT_TRUE(record && record->data);
-        EXPECT_EQ(record->responseCode, QStringLiteral("200TRANSRESPSUCC"));
-        EXPECT_EQ(record->data->paymentStatus, row.paymentStatus);
-        EXPECT_EQ(record->data->description, QString::fromLatin1(row.description));
-        EXPECT_EQ(record->data->transactionRefNumber, QString::fromLatin1(row.order));
-        EXPECT_EQ(initial->navigationController()->topViewController(), initial); // the screens stay
-    }
+    const auto calls = host.merchant->calls();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_TRUE(overlayGoneAtReport);
+    const auto &record = calls[0].record;
+    ASSERT_TRUE(record && record->data);
+    EXPECT_EQ(record->responseCode, QStringLiteral("200TRANSRESPSUCC"));
+    EXPECT_EQ(record->data->transactionRefNumber, QStringLiteral("ORD-3"));
+    EXPECT_EQ(initial->navigationController()->topViewController(), initial); // the screens stay
 }
 
-TEST_F(FlowRootTest, AReplyForAFlowThatWasReplacedReachesNoOne)
+TEST_F(FlowRootTest, AReplyQueuedForAFlowThatWasReplacedReachesNoOne)
 {
-    // The backend answers slowly; meanwhile the merchant starts a checkout in the same window.
-    statusBackend().enqueueReply("v1/sdk/txn/1/false/2",
-        sandbox::ScriptedReply { 200, {}, false, std::chrono::milliseconds(300), true });
     enquire();
     clock.runDue();
     QPointer<InitialViewController> enquiring = first(host);
     ASSERT_FALSE(enquiring.isNull());
-    ASSERT_TRUE(statusBackend().waitForRequests(1, std::chrono::seconds(10)));
-
+    // The reply has been handled on the session thread and waits on the main queue when the
+    // merchant starts a checkout in the same window; the event loop then releases the replaced
+    // flow before it runs anything else.
+    ASSERT_TRUE(waitForQueuedReply());
     checkout();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    clock.advance(std::chrono::hours(1));
     EXPECT_TRUE(enquiring.isNull());
-    QTest::qWait(600); // longer than the backend's delay: a late reply would be queued by now
-    clock.runDue();
     EXPECT_EQ(host.merchant->callCount(), 0u);
+    EXPECT_EQ(clock.pendingCount(), 0);
+    EXPECT_EQ(statusBackend().requests().size(), 1u);
+}
+
+// Screens hand the client a callback object and may go away before the reply; the client keeps
+// the object alive until the reply has been delivered to it, and no longer.
+TEST(StatusRequest, TheClientHoldsItsCallbackUntilTheReplyArrives)
+{
+    class Recorder final : public TransactionStatusCallback
+    {
+    public:
+        explicit Recorder(std::shared_ptr<std::atomic<int>> calls)
+            : m_calls(std::move(calls))
+        { }
+        void getTransactionStatus(std::shared_ptr<TransactionStatus>) override { ++*m_calls; }
+
+    private:
+        std::shared_ptr<std::atomic<int>> m_calls;
+    };
+    sandbox::Sandbox &backend = statusBackend();
+    backend.clearScriptedReplies();
+    sandbox::ScriptedReply slow;
+    slow.delay = std::chrono::milliseconds(300);
+    slow.handleNormally = true;
+    backend.enqueueReply(kStatusEndpoint, slow);
+
+    auto calls = std::make_shared<std::atomic<int>>(0);
+    auto callback = std::make_shared<Recorder>(calls);
+    const std::weak_ptr<Recorder> held = callback;
+    const DataTaskPtr task = ApiManager::getTransactionStatus(
+        std::move(callback), QStringLiteral("42"), QStringLiteral("ORD-1"));
+    EXPECT_FALSE(held.expired()) << "the caller dropped its reference: only the client holds it now";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return calls->load() == 1; }, kWaitMs));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return held.expired(); }, kWaitMs)) << "kept after its reply";
+    EXPECT_EQ(calls->load(), 1);
+    EXPECT_TRUE(task->isFinished());
 }
 
 using FlowRootDeathTest = FlowRootTest;
@@ -175,6 +190,7 @@ using FlowRootDeathTest = FlowRootTest;
 TEST_F(FlowRootDeathTest, AFailedEnquiryStopsTheProcessWithoutAReport)
 {
     // An unknown transaction is a failed request: there is no record to hand over.
+    host.merchant->onCall = [](const auto &) { std::fprintf(stderr, "[merchant called]\n"); };
     EXPECT_DEATH(
         {
             enquire(host, "999", "NOPE");
@@ -182,14 +198,23 @@ TEST_F(FlowRootDeathTest, AFailedEnquiryStopsTheProcessWithoutAReport)
             if (waitForQueuedReply())
                 clock.runDue();
         },
-        "no transaction status");
+        "^[^[]*" + fatalLine("finish: no transaction status to report"));
 }
 
-TEST(FlowRootDeath, AFirstScreenOfAnotherKindStopsTheProcess)
+TEST(FlowRootDeath, FirstScreensOfAnotherKindStopTheProcess)
 {
     NavigatorController navigator;
     navigator.setViewControllers({ new BaseViewController });
-    EXPECT_DEATH(navigator.loadViewIfNeeded(), "not an InitialViewController");
+    EXPECT_DEATH(navigator.loadViewIfNeeded(),
+        fatalLine("NavigatorController: the first screen of the checkout is not an InitialViewController"));
+
+    // A storyboard whose payment option scene is another screen.
+    Storyboard board(QStringLiteral("Other"));
+    board.registerScene(QStringLiteral("Initial"), [] { return new InitialViewController; });
+    board.registerScene(QStringLiteral("PaymentOptionVC"), [] { return new BaseViewController; });
+    std::unique_ptr<ViewController> initial(board.instantiateViewController(QStringLiteral("Initial")));
+    EXPECT_DEATH(initial->loadViewIfNeeded(),
+        fatalLine("InitialViewController: the scene PaymentOptionVC is not a PaymentOptionVC"));
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "platform/AlertController.h"
 #include "platform/Storyboard.h"
 #include "platform/TextField.h"
+#include "support/Scoped.h"
 
 #include <QAction>
 #include <QFontInfo>
@@ -205,7 +206,7 @@ TEST(KeyboardTest, TapsAndTheDoneBarEndEditing)
 TEST(StoryboardTest, PopUpTellsTheCustomerWhatToDoAndSeguesToThePaymentScreens)
 {
     // The net banking screen asks for its bank list as it loads: keep that on a closed local port.
-    ApiManager::setServerUrl(QStringLiteral("http://127.0.0.1:9/KoVena/"));
+    const ScopedServerUrl closedPort(QStringLiteral("http://127.0.0.1:9/KoVena/"));
     ManualScheduler clock;
     ScopedScheduler scoped(clock);
     std::unique_ptr<ViewController> chooser(
@@ -217,6 +218,7 @@ TEST(StoryboardTest, PopUpTellsTheCustomerWhatToDoAndSeguesToThePaymentScreens)
         = mainKovenaStoryboard().instantiateViewController(QStringLiteral("PopUpViewController"));
     nav->setViewControllers({ popUp });
     setRootViewController(&window, nav);
+    window.show();
     clock.runDue();
     EXPECT_STREQ(popUp->metaObject()->className(), "kovena::PopUpViewController");
     EXPECT_EQ(popUp->findChild<QLabel *>(QStringLiteral("popUpText"))->text(),

@@ -2,11 +2,14 @@
 #include "flow/CheckParams.h"
 #include "flow/Utils.h"
 #include "platform/Reachability.h"
+#include "support/FatalDiagnostic.h"
+#include "support/Scoped.h"
 
 #include <gtest/gtest.h>
 
 #include <QStringList>
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -17,6 +20,7 @@ using kovena::Utils;
 
 namespace {
 
+using kovena::testing::fatalLine;
 using Table = std::initializer_list<std::pair<QString, bool>>;
 
 void expectTable(const std::function<bool(const QString &)> &check, Table rows)
@@ -95,22 +99,40 @@ TEST(Utils, IsConnectedToNetworkWantsReachableWithoutConnectionRequired)
         { Reachable, true }, { Reachable | ConnectionRequired, false }, { ConnectionRequired, false },
         { Reachable | 1u | (1u << 3) | (1u << 18), true }, { ~Reachable, false }, { 0xFFFFFFFFu, false } };
     for (const auto &[flags, expected] : rows) {
-        setProbe([flags] { return flags; });
+        const kovena::testing::ScopedReachability probe([flags] { return flags; });
         EXPECT_EQ(Utils::isConnectedToNetwork(), expected) << flags.value_or(0xDEAD);
     }
-    setProbe({});
+}
+
+// The one guard behind every float-to-integer truncation: a value no 64-bit integer holds gives
+// nothing, where a plain conversion would be undefined.
+TEST(Utils, TruncatedInt64CutsTowardsZeroWithinTheRange)
+{
+    constexpr float twoTo63 = 9223372036854775808.0f;
+    const std::pair<float, std::optional<std::int64_t>> rows[]
+        = { { 0.0f, 0 }, { 1.99f, 1 }, { -1.99f, -1 }, { 999999.94f, 999999 }, { -twoTo63, INT64_MIN },
+              { std::nextafter(twoTo63, 0.0f), 9223371487098961920 }, { twoTo63, std::nullopt },
+              { std::nextafter(-twoTo63, -INFINITY), std::nullopt }, { INFINITY, std::nullopt },
+              { -INFINITY, std::nullopt }, { NAN, std::nullopt } };
+    for (const auto &[value, expected] : rows)
+        EXPECT_EQ(Utils::truncatedInt64(value), expected) << value;
 }
 
 TEST(UtilsDeath, FatalInputs)
 {
-    EXPECT_DEATH(Utils::isValidAmount(std::nullopt), "");
-    EXPECT_DEATH(Utils::isValidRange(std::nullopt), "");
+    EXPECT_DEATH(Utils::isValidAmount(std::nullopt), fatalLine("Utils::isValidAmount: amount is nil"));
+    EXPECT_DEATH(Utils::isValidRange(std::nullopt), fatalLine("Utils::isValidRange: amount is nil"));
     // Texts that are not one number, and numbers that cannot be truncated to 64 bits.
-    for (const QString &text :
-        { u""_s, u"abc"_s, u" 5"_s, u"5 "_s, u"1,5"_s, u"12abc"_s, u"inf"_s, u"nan"_s, u"1e30"_s })
-        EXPECT_DEATH(Utils::isValidRange(text), "") << text.toStdString();
-    EXPECT_DEATH(Utils::amountFormat(u"100."_s), "");
-    EXPECT_DEATH(Utils::amountFormat(u"."_s), "");
+    for (const QString &text : { u""_s, u"abc"_s, u" 5"_s, u"5 "_s, u"1,5"_s, u"12abc"_s })
+        EXPECT_DEATH(Utils::isValidRange(text), fatalLine("Utils::isValidRange: amount is not a number"))
+            << text.toStdString();
+    for (const QString &text : { u"inf"_s, u"nan"_s, u"1e30"_s })
+        EXPECT_DEATH(Utils::isValidRange(text), fatalLine("Utils::isValidRange: amount out of integer range"))
+            << text.toStdString();
+    for (const QString &text : { u"100."_s, u"."_s })
+        EXPECT_DEATH(
+            Utils::amountFormat(text), fatalLine("Utils::amountFormat: nothing after the decimal point"))
+            << text.toStdString();
 }
 
 using Opt = std::optional<QString>;
@@ -185,13 +207,25 @@ TEST(CheckParams, ReportsEveryFailedRuleInRuleOrder)
 TEST(CheckParamsDeath, EndsTheProcessAfterReporting)
 {
     // stderr of the dying process: what was reported, in order, before it ended.
-    const std::pair<Checkout, const char *> rows[] = {
-        { { .amount = std::nullopt }, R"(\[Amount nil\].*\[-101\].*fatal)" },
-        { { .amount = u""_s }, R"(\[Amount missing\].*\[-102\].*\[No valid amount\].*\[-103\].*fatal)" },
-        { { .orderNo = std::nullopt }, R"(\[OrderId nil\].*\[-105\].*fatal)" },
-        { { .amount = u"0.99"_s, .orderNo = std::nullopt }, R"(\[-104\].*\[OrderId nil\].*\[-105\].*fatal)" },
+    const std::string amountNil = fatalLine("checkParams: amount is nil");
+    const std::string orderNil = fatalLine("checkParams: order number is nil");
+    const std::string notANumber = fatalLine("Utils::isValidRange: amount is not a number");
+    // Each report is echoed as "[<what>]" on a line of its own.
+    const auto reported = [](std::initializer_list<const char *> events) {
+        std::string lines;
+        for (const char *event : events)
+            lines += std::string("\\[") + event + "\\]\n";
+        return lines;
+    };
+    const std::pair<Checkout, std::string> rows[] = {
+        { { .amount = std::nullopt }, reported({ "Amount nil", "-101" }) + amountNil },
+        { { .amount = u""_s },
+            reported({ "Amount missing", "-102", "No valid amount", "-103" }) + notANumber },
+        { { .orderNo = std::nullopt }, reported({ "OrderId nil", "-105" }) + orderNil },
+        { { .amount = u"0.99"_s, .orderNo = std::nullopt },
+            reported({ "Invalid amount range", "-104", "OrderId nil", "-105" }) + orderNil },
         // Letters: the range rule cannot read them, so the process ends before its report.
-        { { .amount = u"abc"_s }, R"(\[No valid amount\].*\[-103\][^[]*fatal[^[]*$)" },
+        { { .amount = u"abc"_s }, reported({ "No valid amount", "-103" }) + notANumber },
     };
     for (const auto &[checkout, expected] : rows) {
         EXPECT_DEATH(

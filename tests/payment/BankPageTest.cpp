@@ -10,7 +10,8 @@
 #include "platform/ManualScheduler.h"
 #include "platform/NavigationController.h"
 #include "platform/UserDefaults.h"
-#include "sandbox/Sandbox.h"
+#include "support/FatalDiagnostic.h"
+#include "support/InProcessBackend.h"
 #include "support/TestMerchant.h"
 
 #include <QTest>
@@ -32,20 +33,7 @@ namespace {
 const std::string kStatusPath = "/KoVena/v1/sdk/txn/1/false/2";
 const std::string kBankPagePath = "/bank/pay";
 
-sandbox::Sandbox *g_sandbox = nullptr;
-
-class SandboxEnvironment : public ::testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        g_sandbox = new sandbox::Sandbox;
-        ASSERT_NE(g_sandbox->start(), 0);
-        ASSERT_TRUE(ApiManager::setServerUrl(QString::fromStdString(g_sandbox->baseUrl())));
-    }
-    void TearDown() override { delete std::exchange(g_sandbox, nullptr); }
-};
-[[maybe_unused]] const auto *g_environment = ::testing::AddGlobalTestEnvironment(new SandboxEnvironment);
+using testing::fatalLine;
 
 // What the backend answered to a card payment's registration.
 struct Registration
@@ -85,7 +73,7 @@ Registration registerCardPayment()
 std::vector<sandbox::RecordedRequest> requestsTo(const std::string &path)
 {
     std::vector<sandbox::RecordedRequest> out;
-    for (const auto &request : g_sandbox->requests())
+    for (const auto &request : testing::inProcessBackend().requests())
         if (request.path == path)
             out.push_back(request);
     return out;
@@ -96,15 +84,14 @@ class BankPageTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_NE(g_sandbox, nullptr);
-        g_sandbox->clearScriptedReplies();
+        testing::inProcessBackend().clearScriptedReplies();
         UserDefaults &defaults = UserDefaults::standard();
         defaults.setString(u"accessToken"_s, u"bank-page-token"_s);
         defaults.setString(u"requestId"_s, u"REQ-BANK"_s);
         defaults.setBool(u"retry"_s, false);
         registration = registerCardPayment();
         ASSERT_FALSE(registration.url.isEmpty());
-        g_sandbox->clearRequests();
+        testing::inProcessBackend().clearRequests();
     }
 
     // Pushes the bank page over a screen of the flow, as the card screen's segue does.
@@ -216,7 +203,7 @@ TEST_P(BankPageDecisionTest, TheReturnStartsOneEnquiryAndItsStatusReachesTheMerc
     QTest::qWait(0);
     EXPECT_EQ(requestsTo(kStatusPath).size(), 1u);
     // The return page itself is never loaded.
-    for (const auto &request : g_sandbox->requests())
+    for (const auto &request : testing::inProcessBackend().requests())
         EXPECT_EQ(request.path.find("v3/return"), std::string::npos) << request.path;
 
     EXPECT_FALSE(page->loader().isAnimating());
@@ -249,7 +236,7 @@ TEST_F(BankPageTest, LeavingWhileTheEnquiryRunsReportsTheCancellationAndThenTheS
     sandbox::ScriptedReply slow;
     slow.delay = 1500ms;
     slow.handleNormally = true;
-    g_sandbox->enqueueReply("v1/sdk/txn/1/false/2", slow);
+    testing::inProcessBackend().enqueueReply("v1/sdk/txn/1/false/2", slow);
     open();
     ASSERT_TRUE(waitFor([&] { return !loadedUrls.isEmpty(); }));
     press("approve");
@@ -263,8 +250,8 @@ TEST_F(BankPageTest, AReturnAddressWithASingleSlashLoadsLikeAnyPage)
 {
     open();
     ASSERT_TRUE(waitFor([&] { return !loadedUrls.isEmpty(); }));
-    const QString single
-        = QString::fromStdString(g_sandbox->baseUrl()) + u"v3/return?kovenaTransactionId=1"_s;
+    const QString single = QString::fromStdString(testing::inProcessBackend().baseUrl())
+        + u"v3/return?kovenaTransactionId=1"_s;
     ASSERT_TRUE(single.contains(u"KoVena/v3/return"_s));
     page->webView->page()->runJavaScript(u"location.href = '%1'"_s.arg(single));
     ASSERT_TRUE(waitFor([&] { return loadedUrls.contains(single); }));
@@ -307,9 +294,10 @@ protected:
     {
         sandbox::ScriptedReply reply;
         reply.body = statusReply;
-        g_sandbox->enqueueReply("v1/sdk/txn/1/false/2", reply);
+        testing::inProcessBackend().enqueueReply("v1/sdk/txn/1/false/2", reply);
         open();
-        page->shouldStartLoad(QUrl(QString::fromStdString(g_sandbox->baseUrl()) + u"/v3/return"_s));
+        page->shouldStartLoad(
+            QUrl(QString::fromStdString(testing::inProcessBackend().baseUrl()) + u"/v3/return"_s));
         waitFor([] { return false; }, 10000);
     }
 };
@@ -317,13 +305,27 @@ protected:
 TEST_F(BankPageDeathTest, FatalSpots)
 {
     EXPECT_DEATH(open(u"not an address"_s, registration.postParams),
-        "kovena: fatal error: bank page: the page address cannot be parsed");
+        fatalLine("bank page: the page address cannot be parsed"));
     EXPECT_DEATH(returnWith(R"({"error":"Service unavailable"})"),
-        "kovena: fatal error: bank page: the status enquiry answered no status");
+        fatalLine("bank page: the status enquiry answered no status"));
     EXPECT_DEATH(returnWith(R"({"responseCode":"200TRANSRESPSUCC","data":{}})"),
-        "kovena: fatal error: bank page: the transaction status has no payment status");
+        fatalLine("bank page: the transaction status has no payment status"));
     EXPECT_DEATH(returnWith(R"({"responseCode":"200TRANSRESPSUCC","data":{"paymentStatus":4294967297}})"),
-        "kovena: fatal error: bank page: the payment status does not fit in 32 bits");
+        fatalLine("bank page: the payment status does not fit in 32 bits"));
+    EXPECT_DEATH(
+        {
+            open();
+            page->shouldStartLoad(QUrl());
+        },
+        fatalLine("bank page: a navigation request has no address"));
+    EXPECT_DEATH(
+        {
+            PaymentViewController alone;
+            alone.url = registration.url;
+            delete alone.webView.data();
+            alone.loadViewIfNeeded();
+        },
+        fatalLine("bank page: there is no web view"));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "payment/CardIssuerRules.h"
 #include "platform/ManualScheduler.h"
 #include "platform/ToastPresenter.h"
+#include "support/FatalDiagnostic.h"
 
 #include <gtest/gtest.h>
 
@@ -305,7 +306,7 @@ TEST(CardUtilsDeath, AbsentArgumentsThatAStepReads)
             "CardUtils::isValidMonth: year is not a number" }
     };
     for (const auto &[call, diagnostic] : rows)
-        EXPECT_DEATH(call(), diagnostic);
+        EXPECT_DEATH(call(), kovena::testing::fatalLine(diagnostic));
 }
 
 // Everything the tables above use, then generated numbers near the scheme prefixes with

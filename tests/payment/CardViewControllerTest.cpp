@@ -2,17 +2,18 @@
 // lists, proceed against the in-process sandbox (payCard replies scripted), main-queue work on the
 // manual clock. The bank page is a stand-in scene, so the hand-over is checked without a browser.
 #include "payment/CardViewController.h"
-#include "api/ApiTestSupport.h"
 #include "flow/MainKovena.h"
 #include "payment/BankPageScreen.h"
 #include "payment/CardFormEditing.h"
-#include "platform/AlertController.h"
-#include "platform/Dispatch.h"
 #include "platform/ManualScheduler.h"
 #include "platform/NavigationController.h"
-#include "platform/Reachability.h"
 #include "platform/Storyboard.h"
 #include "platform/UserDefaults.h"
+#include "support/CountingScheduler.h"
+#include "support/FatalDiagnostic.h"
+#include "support/InProcessBackend.h"
+#include "support/Scoped.h"
+#include "support/ScreenDriving.h"
 #include "support/TestMerchant.h"
 
 #include <QApplication>
@@ -50,32 +51,11 @@ const std::string kPayForService = "v1/sdk/payForService";
 const QColor kLightGrey(0xAA, 0xAA, 0xAA);
 const QColor kDesignedBlue(0x39, 0x7B, 0x9E);
 const int kThisYear = QDate::currentDate().year();
-std::atomic<bool> g_online { true };
 
 const sandbox::ScriptedReply kBankPage { 200,
     R"({"responseCode":"200MERSUCC","data":{"kovenaTransactionId":1700000000042,)"
     R"("paymentData":{"url":"https://bank.example/pay","data":"a=1&device_type=1"}}})" };
 const sandbox::ScriptedReply kDeclined { 200, R"({"responseCode":"400CARDINVALID","data":{}})" };
-
-// Forwards to the manual clock and counts the blocks other threads queue: each backend answer is
-// one, so a test knows when an answer has arrived.
-class CountingScheduler : public Scheduler
-{
-public:
-    explicit CountingScheduler(ManualScheduler &clock)
-        : m_clock(clock)
-    { }
-    void post(QueueKind queue, std::chrono::milliseconds delay, std::function<void()> block) override
-    {
-        if (!dispatch::isMainThread())
-            ++fromOtherThreads;
-        m_clock.post(queue, delay, std::move(block));
-    }
-    std::atomic<int> fromOtherThreads { 0 };
-
-private:
-    ManualScheduler &m_clock;
-};
 
 class FakeBankPage : public BankPageScreen
 {
@@ -135,14 +115,7 @@ protected:
 
     void SetUp() override
     {
-        test::resetBackendAndDefaults();
-        UserDefaults &defaults = UserDefaults::standard();
-        defaults.setString(u"accessToken"_s, u"card-test-token"_s);
-        defaults.setString(u"customerMobNum"_s, u"9876543210"_s);
-        defaults.setString(u"customerEmail"_s, u"buyer@example.in"_s);
-        g_online = true;
-        reachability::setProbe(
-            [] { return std::optional<std::uint32_t>(g_online ? reachability::Reachable : 0u); });
+        testing::resetBackendForCheckout(u"card-test-token"_s);
         FakeBankPage::made = 0;
 
         window.resize(375, 667);
@@ -152,19 +125,13 @@ protected:
         screen = qobject_cast<CardViewController *>(
             mainKovenaStoryboard().instantiateViewController(u"CardViewController"_s));
         ASSERT_TRUE(screen);
-        screen->amount = u"1250.00"_s;
-        screen->merchantTransactionRefNumber = u"ORD-CARD-7"_s;
-        screen->collectorId = u"COL-9"_s;
-        screen->merchantVC = merchant;
-        screen->isPaymentModeAvail = true;
+        testing::handOverCheckout(*screen, merchant, u"1250.00"_s, u"ORD-CARD-7"_s, u"COL-9"_s);
         nav->setViewControllers({ new ViewController, screen.data() });
         setRootViewController(&window, nav);
         window.show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
         clock.runDue();
     }
-
-    void TearDown() override { reachability::setProbe({}); }
 
     void type(TextField *field, const QString &keys)
     {
@@ -201,8 +168,8 @@ protected:
     bool answer()
     {
         const bool arrived
-            = QTest::qWaitFor([&] { return counting.fromOtherThreads > m_answers; }, test::kWaitMs);
-        m_answers = counting.fromOtherThreads;
+            = QTest::qWaitFor([&] { return counting.fromOtherThreads() > m_answers; }, testing::kWaitMs);
+        m_answers = counting.fromOtherThreads();
         clock.runDue();
         return arrived;
     }
@@ -211,35 +178,15 @@ protected:
     QStringList toasts()
     {
         clock.runDue();
-        QStringList texts;
-        for (const QLabel *label : screen->findChildren<QLabel *>(u"kovenaToast"_s))
-            texts << label->text();
-        return texts;
+        return testing::toastsOn(screen);
     }
-    std::vector<nlohmann::json> payCardBodies() const
-    {
-        std::vector<nlohmann::json> out;
-        for (const auto &request : test::backend().requests())
-            if (request.path == "/KoVena/" + kPayForService)
-                out.push_back(nlohmann::json::parse(request.body));
-        return out;
-    }
+    static std::vector<nlohmann::json> payCardBodies() { return testing::bodiesSentTo(kPayForService); }
 
-    void confirmCancel(const QString &button)
-    {
-        QTest::mouseClick(nav->rightButton(), Qt::LeftButton);
-        auto *alert = qobject_cast<AlertController *>(screen->presentedViewController());
-        ASSERT_TRUE(alert);
-        EXPECT_EQ(alert->message(), u"Are you sure want to cancel transaction?"_s);
-        const auto buttons = alert->findChildren<QPushButton *>();
-        const auto tapped = std::find_if(
-            buttons.begin(), buttons.end(), [&](const QPushButton *b) { return b->text() == button; });
-        ASSERT_NE(tapped, buttons.end());
-        QTest::mouseClick(*tapped, Qt::LeftButton);
-    }
+    void confirmCancel(const QString &button) { testing::answerCancelQuestion(nav, screen, button); }
 
+    testing::SwitchableNetwork network;
     ManualScheduler clock;
-    CountingScheduler counting { clock };
+    testing::CountingScheduler counting { clock };
     ScopedScheduler scoped { counting };
     int m_answers = 0;
     QWidget window;
@@ -453,7 +400,7 @@ TEST_P(CardRefusalTest, ProceedExplainsWhatIsWrongAndSendsNothing)
     const RefusalRow &row = GetParam();
     fillForm(QString::fromUtf8(row.number), QString::fromUtf8(row.cardName), row.month, row.yearRow,
         QString::fromUtf8(row.cvv));
-    g_online = row.online;
+    network.online = row.online;
     // A form that fails the checks keeps the button disabled: its action runs as a tap would.
     if (screen->btnProceed->isEnabled())
         proceed();
@@ -463,7 +410,7 @@ TEST_P(CardRefusalTest, ProceedExplainsWhatIsWrongAndSendsNothing)
     EXPECT_EQ(toasts(), QStringList { QString::fromUtf8(row.toast) });
     EXPECT_FALSE(screen->task);
     EXPECT_FALSE(screen->loader().isAnimating());
-    EXPECT_TRUE(test::backend().requests().empty());
+    EXPECT_TRUE(testing::inProcessBackend().requests().empty());
 }
 
 // clang-format off
@@ -482,7 +429,7 @@ INSTANTIATE_TEST_SUITE_P(Checks, CardRefusalTest, ::testing::ValuesIn(kRefusalRo
 
 TEST_F(CardScreenTest, RegistersThePaymentOnceAndHandsTheBankPageOver)
 {
-    test::backend().enqueueReply(kPayForService, kBankPage);
+    testing::inProcessBackend().enqueueReply(kPayForService, kBankPage);
     fillForm();
     QTest::mouseClick(screen->btnProceed, Qt::LeftButton);
     const DataTaskPtr registration = screen->task;
@@ -521,7 +468,7 @@ class CardEmptyAnswerTest : public CardScreenTest,
 TEST_P(CardEmptyAnswerTest, KeepsTheCustomerOnTheFormReadyToTryAgain)
 {
     for (const sandbox::ScriptedReply &reply : GetParam())
-        test::backend().enqueueReply(kPayForService, reply);
+        testing::inProcessBackend().enqueueReply(kPayForService, reply);
     fillForm();
     proceed();
     ASSERT_TRUE(answer());
@@ -532,8 +479,8 @@ TEST_P(CardEmptyAnswerTest, KeepsTheCustomerOnTheFormReadyToTryAgain)
     EXPECT_EQ(screen->tfCardNumber->text(), u"4111-1111-1111-1111"_s);
     EXPECT_EQ(merchant->callCount(), 0u);
 
-    test::backend().clearScriptedReplies();
-    test::backend().enqueueReply(kPayForService, kDeclined);
+    testing::inProcessBackend().clearScriptedReplies();
+    testing::inProcessBackend().enqueueReply(kPayForService, kDeclined);
     const std::size_t sent = payCardBodies().size();
     proceed();
     EXPECT_TRUE(answer());
@@ -567,20 +514,20 @@ TEST_P(CardCancelTest, CancelAsksFirstThenReportsOnce)
         sandbox::ScriptedReply reply = kBankPage;
         if (at == CancelAt::RequestInFlight)
             reply.delay = 60s; // cut short when the sandbox stops
-        test::backend().enqueueReply(kPayForService, reply);
+        testing::inProcessBackend().enqueueReply(kPayForService, reply);
         fillForm();
         proceed();
         registration = screen->task;
-        ASSERT_TRUE(test::backend().waitForRequests(1, 10s));
+        ASSERT_TRUE(testing::inProcessBackend().waitForRequests(1, 10s));
         if (at == CancelAt::AnswerQueued) {
-            ASSERT_TRUE(QTest::qWaitFor([&] { return counting.fromOtherThreads > 0; }, test::kWaitMs));
+            ASSERT_TRUE(QTest::qWaitFor([&] { return counting.fromOtherThreads() > 0; }, testing::kWaitMs));
         }
     }
     confirmCancel(u"Cancel"_s);
     EXPECT_EQ(merchant->callCount(), 0u);
     confirmCancel(u"Proceed"_s);
     if (registration) {
-        EXPECT_TRUE(QTest::qWaitFor([&] { return registration->isFinished(); }, test::kWaitMs));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return registration->isFinished(); }, testing::kWaitMs));
     }
     clock.runDue();
 
@@ -600,17 +547,17 @@ TEST_F(CardScreenTest, DisappearingCancelsTheRequest)
 {
     sandbox::ScriptedReply slow = kDeclined;
     slow.delay = 60s;
-    test::backend().enqueueReply(kPayForService, slow);
+    testing::inProcessBackend().enqueueReply(kPayForService, slow);
     fillForm();
     proceed();
     const DataTaskPtr registration = screen->task;
-    ASSERT_TRUE(registration && test::backend().waitForRequests(1, 10s));
+    ASSERT_TRUE(registration && testing::inProcessBackend().waitForRequests(1, 10s));
     EXPECT_FALSE(registration->isFinished());
     EXPECT_TRUE(screen->loader().isAnimating());
 
     // Covered by another screen it disappears but stays alive, so only disappearing can cancel.
     nav->pushViewController(new ViewController, false);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return registration->isFinished(); }, test::kWaitMs));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return registration->isFinished(); }, testing::kWaitMs));
     ASSERT_TRUE(screen);
 }
 
@@ -643,7 +590,7 @@ TEST_F(CardScreenTest, CardDetailsAreNeitherLoggedNorStored)
               QMutexLocker lock(&mutex);
               logged << message;
           });
-    test::backend().enqueueReply(kPayForService, kBankPage);
+    testing::inProcessBackend().enqueueReply(kPayForService, kBankPage);
     fillForm(u"4024007127653081"_s, u"Ravindra Kulkarni"_s, 7, 2, u"739"_s);
     proceed();
     EXPECT_TRUE(answer());
@@ -669,12 +616,16 @@ TEST_F(CardScreenDeathTest, FatalSpotsTheScreenReaches)
     // cannot read it as a number once a month is chosen.
     type(screen->tfCardNumber, u"6304123456789012"_s);
     type(screen->tfCardName, u"Asha"_s);
-    EXPECT_DEATH(chooseMonth(6), "CardUtils::isValidMonth: year is not a number");
+    EXPECT_DEATH(chooseMonth(6), testing::fatalLine("CardUtils::isValidMonth: year is not a number"));
 
     fillForm(u"<All><BS>4111111111111111"_s, {}, 6, 2, u"739"_s);
     ASSERT_TRUE(screen->btnProceed->isEnabled());
     screen->merchantTransactionRefNumber.reset();
-    EXPECT_DEATH(proceed(), "CardViewController: merchantTransactionRefNumber is missing");
+    EXPECT_DEATH(
+        proceed(), testing::fatalLine("CardViewController: merchantTransactionRefNumber is missing"));
+    screen->merchantTransactionRefNumber = u"ORD-CARD-7"_s;
+    screen->collectorId.reset();
+    EXPECT_DEATH(proceed(), testing::fatalLine("CardViewController: collectorId is missing"));
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 // session thread and are queued into the manual clock, which the tests run while they wait.
 // The bank page is a stand-in scene, so the hand-over is checked without an embedded browser.
 #include "payment/NetBankingViewController.h"
-#include "api/ApiTestSupport.h"
 #include "flow/MainKovena.h"
 #include "model/BankNBData.h"
 #include "payment/BankPageOpener.h"
@@ -12,9 +11,12 @@
 #include "platform/AlertController.h"
 #include "platform/ManualScheduler.h"
 #include "platform/NavigationController.h"
-#include "platform/Reachability.h"
 #include "platform/Storyboard.h"
 #include "platform/UserDefaults.h"
+#include "support/FatalDiagnostic.h"
+#include "support/InProcessBackend.h"
+#include "support/Scoped.h"
+#include "support/ScreenDriving.h"
 #include "support/TestMerchant.h"
 
 #include <QLabel>
@@ -37,9 +39,9 @@ using namespace Qt::StringLiterals;
 namespace kovena {
 namespace {
 
-const std::string kListEndpoint = "v1/netbanking/listofbanks";
-const std::string kPayEndpoint = "v1/sdk/payForService";
-const std::string kPayPath = "/KoVena/v1/sdk/payForService";
+using testing::bodiesSentTo;
+const std::string kListEndpoint = testing::kBankListEndpoint;
+const std::string kPayEndpoint = testing::kPayEndpoint;
 
 const sandbox::ScriptedReply kDeclined { 200, R"({"responseCode":"404BANKNOTFOUND","data":{}})" };
 const sandbox::ScriptedReply kAccepted { 200,
@@ -92,15 +94,8 @@ class NetBankingScreenTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        sandbox = &test::backend();
-        test::resetBackendAndDefaults();
-        UserDefaults &defaults = UserDefaults::standard();
-        defaults.setString(u"accessToken"_s, u"nb-test-token"_s);
-        defaults.setString(u"customerMobNum"_s, u"9876543210"_s);
-        defaults.setString(u"customerEmail"_s, u"buyer@example.in"_s);
-        online = true;
-        reachability::setProbe(
-            [this] { return std::optional<std::uint32_t>(online ? reachability::Reachable : 0u); });
+        sandbox = &testing::inProcessBackend();
+        testing::resetBackendForCheckout(u"nb-test-token"_s);
 
         Storyboard &storyboard = mainKovenaStoryboard();
         storyboard.registerScene(BankPageOpener::bankPageSegue(), [] { return new FakeBankPage; });
@@ -116,14 +111,8 @@ protected:
         screen = qobject_cast<NetBankingViewController *>(
             storyboard.instantiateViewController(u"NetBankingViewController"_s));
         ASSERT_TRUE(screen);
-        screen->amount = u"249.50"_s;
-        screen->merchantTransactionRefNumber = reference;
-        screen->collectorId = u"COL-77"_s;
-        screen->merchantVC = merchant;
-        screen->isPaymentModeAvail = true;
+        testing::handOverCheckout(*screen, merchant, u"249.50"_s, reference, u"COL-77"_s);
     }
-
-    void TearDown() override { reachability::setProbe({}); }
 
     // Shows the screen with `listBody` scripted as the bank list answer.
     void open(const sandbox::ScriptedReply &list)
@@ -150,7 +139,7 @@ protected:
                 clock.runDue();
                 return done();
             },
-            test::kWaitMs);
+            testing::kWaitMs);
     }
     bool loading() { return screen->loader().isAnimating(); }
 
@@ -177,24 +166,11 @@ protected:
         clock.runDue();
     }
 
-    std::vector<nlohmann::json> payments() const
-    {
-        std::vector<nlohmann::json> out;
-        for (const auto &request : sandbox->requests())
-            if (request.path == kPayPath)
-                out.push_back(nlohmann::json::parse(request.body));
-        return out;
-    }
-    QStringList toasts() const
-    {
-        QStringList texts;
-        for (const QLabel *label : screen->findChildren<QLabel *>(u"kovenaToast"_s))
-            texts << label->text();
-        return texts;
-    }
+    static std::vector<nlohmann::json> payments() { return testing::bodiesSentTo(kPayEndpoint); }
+    QStringList toasts() const { return testing::toastsOn(screen); }
 
     sandbox::Sandbox *sandbox = nullptr;
-    std::atomic<bool> online { true };
+    testing::SwitchableNetwork network;
     ManualScheduler clock;
     ScopedScheduler scoped { clock };
     QWidget window;
@@ -329,7 +305,7 @@ TEST_F(NetBankingScreenTest, WithoutNetworkNothingIsSentAndNoNetworkComesFirst)
 {
     openWithList(kDuplicateSbi);
     chooseWithKeyboard("btnDropDownList", { Qt::Key_Down, Qt::Key_Return });
-    online = false;
+    network.online = false;
     tap("btnProceed1");
     tap("btnSbiBank");
     tap("btnHdfcBank"); // not offered: the network is still the first thing said
@@ -385,7 +361,7 @@ TEST_P(NetBankingLeaveTest, LeavingCancelsTheRequestInFlight)
         open(late);
     }
     const std::size_t sent = row.duringPayment ? 2 : 1;
-    ASSERT_TRUE(sandbox->waitForRequests(sent, std::chrono::milliseconds(test::kWaitMs)));
+    ASSERT_TRUE(sandbox->waitForRequests(sent, std::chrono::milliseconds(testing::kWaitMs)));
     const DataTaskPtr inFlight = screen->task;
     ASSERT_TRUE(inFlight);
     EXPECT_TRUE(loading());
@@ -396,11 +372,11 @@ TEST_P(NetBankingLeaveTest, LeavingCancelsTheRequestInFlight)
         nav->popViewController(false);
     else
         nav->pushViewController(cover, false);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return inFlight->isFinished(); }, test::kWaitMs));
-    test::flushSessionThread();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return inFlight->isFinished(); }, testing::kWaitMs));
+    ASSERT_TRUE(testing::roundTrip()); // the cancellation's answer has been handed over
     clock.runDue();
     EXPECT_EQ(merchant->callCount(), 0u);
-    EXPECT_EQ(sandbox->requests().size(), sent);
+    EXPECT_EQ(bodiesSentTo(kListEndpoint).size() + payments().size(), sent);
     if (row.popped) {
         delete cover;
         EXPECT_EQ(nav->viewControllers(), QList<ViewController *> { root.data() });
@@ -449,25 +425,20 @@ TEST_P(NetBankingCancelTest, CancelAsksFirstAndProceedReportsCancelledOnce)
         // Accepted, but long after the customer has cancelled.
         sandbox->enqueueReply(kPayEndpoint, { .status = 200, .body = kAccepted.body, .delay = 600s });
         tap("btnPnbBank");
-        ASSERT_TRUE(sandbox->waitForRequests(2, std::chrono::milliseconds(test::kWaitMs)));
+        ASSERT_TRUE(sandbox->waitForRequests(2, std::chrono::milliseconds(testing::kWaitMs)));
     }
     const DataTaskPtr payment = screen->task;
 
-    // The question's buttons: "alertAction0" is "Cancel", "alertAction1" is "Proceed".
-    const auto answer = [&](const char *action) {
-        QTest::mouseClick(nav->rightButton(), Qt::LeftButton);
-        auto *alert = qobject_cast<AlertController *>(screen->presentedViewController());
-        ASSERT_TRUE(alert);
-        EXPECT_EQ(alert->message(), u"Are you sure want to cancel transaction?"_s);
-        QTest::mouseClick(alert->findChild<QPushButton *>(QLatin1String(action)), Qt::LeftButton);
+    const auto answer = [&](const QString &button) {
+        testing::answerCancelQuestion(nav, screen, button);
         clock.runDue();
     };
-    answer("alertAction0");
+    answer(u"Cancel"_s);
     EXPECT_EQ(merchant->callCount(), 0u);
     EXPECT_EQ(nav->topViewController(), screen.data());
-    answer("alertAction1");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return payment->isFinished(); }, test::kWaitMs));
-    test::flushSessionThread();
+    answer(u"Proceed"_s);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return payment->isFinished(); }, testing::kWaitMs));
+    ASSERT_TRUE(testing::roundTrip()); // the cancellation's answer has been handed over
     clock.runDue();
     EXPECT_EQ(merchant->statuses(), QStringList { u"-1 Cancelled"_s });
     EXPECT_EQ(nav->topViewController(), screen.data()) << "no bank page after the cancellation";
@@ -501,7 +472,7 @@ TEST_P(NetBankingDeathTest, APaymentWithoutItsRequiredValuesIsFatal)
     openWithList(row.list);
     if (std::string_view(row.tapped) == "btnProceed1")
         chooseWithKeyboard("btnSelectBank", { Qt::Key_Return });
-    EXPECT_DEATH(tap(row.tapped), row.diagnostic);
+    EXPECT_DEATH(tap(row.tapped), testing::fatalLine(row.diagnostic));
 }
 
 const char *const kNoIds = R"({"data":[
@@ -509,13 +480,12 @@ const char *const kNoIds = R"({"data":[
     {"netBankingId":null,"netBankingName":"Yes Bank","netbankingCodes":"YESB"}]})";
 
 INSTANTIATE_TEST_SUITE_P(Rows, NetBankingDeathTest,
-    ::testing::Values(
-        DeathRow { "popular_bank_without_id", kNoIds, true, "btnSbiBank",
-            "kovena: fatal error: NetBankingViewController: the chosen bank has no netBankingId" },
+    ::testing::Values(DeathRow { "popular_bank_without_id", kNoIds, true, "btnSbiBank",
+                          "NetBankingViewController: the chosen bank has no netBankingId" },
         DeathRow { "listed_bank_without_id", kNoIds, true, "btnProceed1",
-            "kovena: fatal error: NetBankingViewController: the chosen bank has no netBankingId" },
+            "NetBankingViewController: the chosen bank has no netBankingId" },
         DeathRow { "no_collector_id", kFullList, false, "btnHdfcBank",
-            "kovena: fatal error: NetBankingViewController: no collectorId for the net-banking payment" }),
+            "NetBankingViewController: no collectorId for the net-banking payment" }),
     [](const auto &info) { return std::string(info.param.name); });
 
 // The matching itself, on lists the screen tests do not reach (each code to its bank is there).

@@ -3,16 +3,15 @@
 // clock; the tests wait for them with bounded loops, then move the clock. The enquiry spacing
 // itself is pinned down in the polling tests.
 #include "payment/UPIViewController.h"
-#include "api/ApiManager.h"
 #include "model/TransactionStatus.h"
-#include "platform/AlertController.h"
-#include "platform/Dispatch.h"
 #include "platform/ManualScheduler.h"
 #include "platform/NavigationController.h"
-#include "platform/Reachability.h"
 #include "platform/UserDefaults.h"
-#include "sandbox/Sandbox.h"
-#include "sdk/KovenaCallback.h"
+#include "support/CountingScheduler.h"
+#include "support/FatalDiagnostic.h"
+#include "support/InProcessBackend.h"
+#include "support/Scoped.h"
+#include "support/ScreenDriving.h"
 #include "support/TestMerchant.h"
 
 #include <QApplication>
@@ -35,65 +34,18 @@ using namespace Qt::StringLiterals;
 namespace kovena {
 namespace {
 
-const std::string kStatusPath = "/KoVena/v1/sdk/txn/1/false/2";
-const std::string kRegisterPath = "/KoVena/v1/sdk/payForService";
-const std::string kCollectPath = "/KoVena/v1/sdk/sendCollectOrSMS";
-
-sandbox::Sandbox *g_sandbox = nullptr;
-std::atomic<bool> g_online { true };
-
-class SandboxEnvironment : public ::testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        g_sandbox = new sandbox::Sandbox;
-        ASSERT_NE(g_sandbox->start(), 0);
-        ASSERT_TRUE(ApiManager::setServerUrl(QString::fromStdString(g_sandbox->baseUrl())));
-    }
-    void TearDown() override { delete std::exchange(g_sandbox, nullptr); }
-};
-[[maybe_unused]] const auto *g_environment = ::testing::AddGlobalTestEnvironment(new SandboxEnvironment);
-
-// Forwards to the manual clock and counts what other threads queue: each backend answer is one
-// such block, so the tests know when an answer has arrived.
-class CountingScheduler : public Scheduler
-{
-public:
-    explicit CountingScheduler(ManualScheduler &clock)
-        : m_clock(clock)
-    { }
-    void post(QueueKind queue, std::chrono::milliseconds delay, std::function<void()> block) override
-    {
-        if (!dispatch::isMainThread())
-            ++m_fromOtherThreads;
-        m_clock.post(queue, delay, std::move(block));
-    }
-    int fromOtherThreads() const { return m_fromOtherThreads; }
-
-private:
-    ManualScheduler &m_clock;
-    std::atomic<int> m_fromOtherThreads { 0 };
-};
+using testing::bodiesSentTo;
+using testing::kCollectEndpoint;
+using testing::kPayEndpoint;
+using testing::kStatusEndpoint;
+using testing::toastsOn;
 
 class UpiScreenTest : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
-        ASSERT_NE(g_sandbox, nullptr);
-        g_sandbox->clearScriptedReplies();
-        g_sandbox->clearRequests();
-        g_online = true;
-        reachability::setProbe(
-            [] { return std::optional<std::uint32_t>(g_online ? reachability::Reachable : 0u); });
-
-        UserDefaults &defaults = UserDefaults::standard();
-        defaults.setString(u"accessToken"_s, u"upi-test-token"_s);
-        defaults.setString(u"customerMobNum"_s, u"9876543210"_s);
-        defaults.setString(u"customerEmail"_s, u"buyer@example.in"_s);
-        defaults.setString(u"requestId"_s, u"REQ-UPI"_s);
-        defaults.setBool(u"retry"_s, false);
+        testing::resetBackendForCheckout(u"upi-test-token"_s);
 
         static int serial = 0;
         reference = u"ORD-UPI-%1"_s.arg(++serial);
@@ -103,11 +55,7 @@ protected:
         merchant->setParent(&window);
         nav = new NavigationController;
         screen = new UPIViewController;
-        screen->amount = u"249.50"_s;
-        screen->merchantTransactionRefNumber = reference;
-        screen->collectorId = u"COL-77"_s;
-        screen->merchantVC = merchant;
-        screen->isPaymentModeAvail = true;
+        testing::handOverCheckout(*screen, merchant, u"249.50"_s, reference, u"COL-77"_s);
         nav->setViewControllers({ new ViewController, screen.data() });
         setRootViewController(&window, nav);
         window.show();
@@ -115,24 +63,7 @@ protected:
         ASSERT_TRUE(screen->isViewLoaded());
     }
 
-    void TearDown() override { reachability::setProbe({}); }
-
-    static std::vector<nlohmann::json> bodiesTo(const std::string &path)
-    {
-        std::vector<nlohmann::json> out;
-        for (const auto &request : g_sandbox->requests())
-            if (request.path == path)
-                out.push_back(nlohmann::json::parse(request.body));
-        return out;
-    }
-
-    QStringList toasts() const
-    {
-        QStringList texts;
-        for (const QLabel *label : screen->findChildren<QLabel *>(u"kovenaToast"_s))
-            texts << label->text();
-        return texts;
-    }
+    QStringList toasts() const { return toastsOn(screen); }
 
     void proceed(const QString &vpa)
     {
@@ -143,7 +74,7 @@ protected:
 
     bool arrived(int answers)
     {
-        return QTest::qWaitFor([&] { return counting.fromOtherThreads() >= answers; });
+        return QTest::qWaitFor([&] { return counting.fromOtherThreads() >= answers; }, testing::kWaitMs);
     }
 
     // Waits until `answers` backend answers have been queued in all, then runs them.
@@ -168,22 +99,11 @@ protected:
         ASSERT_EQ(screen->pollingState(), UpiPolling::State::Polling);
     }
 
-    // Taps the navigation bar's Cancel, then one button of the confirmation it brings up.
-    void confirmCancel(const QString &button)
-    {
-        QTest::mouseClick(nav->rightButton(), Qt::LeftButton);
-        auto *alert = qobject_cast<AlertController *>(screen->presentedViewController());
-        ASSERT_TRUE(alert);
-        EXPECT_EQ(alert->message(), u"Are you sure want to cancel transaction?"_s);
-        const auto buttons = alert->findChildren<QPushButton *>();
-        const auto tapped = std::find_if(
-            buttons.begin(), buttons.end(), [&](const QPushButton *b) { return b->text() == button; });
-        ASSERT_NE(tapped, buttons.end());
-        QTest::mouseClick(*tapped, Qt::LeftButton);
-    }
+    void confirmCancel(const QString &button) { testing::answerCancelQuestion(nav, screen, button); }
 
+    testing::SwitchableNetwork network;
     ManualScheduler clock;
-    CountingScheduler counting { clock };
+    testing::CountingScheduler counting { clock };
     ScopedScheduler scoped { counting };
     QWidget window;
     QPointer<testing::TestMerchant> merchant;
@@ -239,7 +159,7 @@ TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnc
 {
     const FlowRow &row = GetParam();
     acceptCollect(QString::fromUtf8(row.vpa));
-    const auto collect = bodiesTo(kCollectPath);
+    const auto collect = bodiesSentTo(kCollectEndpoint);
     ASSERT_EQ(collect.size(), 1u);
     EXPECT_EQ(collect[0]["virtualAddress"], row.vpa);
     const auto transactionId = collect[0]["kovenaRefNumber"].get<std::string>();
@@ -255,8 +175,8 @@ TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnc
 
     for (std::size_t k = 0; k < row.enquiries; ++k) {
         clock.advance(k == 0 ? 1ms : 4000ms);
-        ASSERT_TRUE(g_sandbox->waitForRequests(3 + k, 5000ms));
-        const auto enquiries = bodiesTo(kStatusPath);
+        ASSERT_TRUE(testing::inProcessBackend().waitForRequests(3 + k, 5000ms));
+        const auto enquiries = bodiesSentTo(kStatusEndpoint);
         ASSERT_EQ(enquiries.size(), k + 1);
         // The first enquiry goes by the merchant reference alone, later ones by the backend's id.
         EXPECT_EQ(enquiries[k]["kovenaRefNumber"], k == 0 ? std::string() : transactionId) << k;
@@ -278,7 +198,7 @@ TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnc
     EXPECT_EQ(screen->task, last) << "polling went on after the final status";
     EXPECT_EQ(clock.pendingCount(), 0);
     EXPECT_EQ(merchant->callCount(), 1u);
-    EXPECT_EQ(bodiesTo(kRegisterPath).size(), 1u);
+    EXPECT_EQ(bodiesSentTo(kPayEndpoint).size(), 1u);
     EXPECT_TRUE(toasts().isEmpty());
 }
 
@@ -287,9 +207,6 @@ INSTANTIATE_TEST_SUITE_P(Outcomes, UpiFlowTest,
         FlowRow { "failure_after_two_pending", "failure@kovena", 3, 2, "Fail" },
         FlowRow { "success_at_once", "success0@kovena", 1, 1, "Success" }),
     [](const auto &info) { return std::string(info.param.name); });
-
-const std::string kRegister = "v1/sdk/payForService";
-const std::string kCollect = "v1/sdk/sendCollectOrSMS";
 
 struct RejectRow
 {
@@ -309,8 +226,8 @@ TEST_P(UpiRejectTest, TheCustomerIsToldAndIsBackAtTheFormIntact)
 {
     const RejectRow &row = GetParam();
     for (const auto &[endpoint, reply] : row.script)
-        g_sandbox->enqueueReply(endpoint, reply);
-    g_online = row.offlineAt != 0;
+        testing::inProcessBackend().enqueueReply(endpoint, reply);
+    network.online = row.offlineAt != 0;
     proceed(QString::fromUtf8(row.vpa));
     if (row.answers == 0) {
         EXPECT_FALSE(screen->task) << "a request was started";
@@ -318,7 +235,7 @@ TEST_P(UpiRejectTest, TheCustomerIsToldAndIsBackAtTheFormIntact)
     for (int n = 1; n <= row.answers; ++n) {
         ASSERT_TRUE(arrived(n));
         if (n == row.offlineAt)
-            g_online = false;
+            network.online = false;
         clock.runDue();
     }
 
@@ -329,18 +246,18 @@ TEST_P(UpiRejectTest, TheCustomerIsToldAndIsBackAtTheFormIntact)
     EXPECT_EQ(screen->tfUpiId->text(), QString::fromUtf8(row.vpa));
     EXPECT_EQ(screen->virtualAddress, QString::fromUtf8(row.vpa));
     EXPECT_EQ(merchant->callCount(), 0u);
-    EXPECT_EQ(bodiesTo(kCollectPath).size(), row.answers == 2 ? 1u : 0u);
+    EXPECT_EQ(bodiesSentTo(kCollectEndpoint).size(), row.answers == 2 ? 1u : 0u);
     if (row.answers == 0)
         return;
 
     // Back at the form: proceeding again registers the payment again.
-    g_online = true;
-    g_sandbox->clearScriptedReplies();
-    const std::size_t registered = bodiesTo(kRegisterPath).size();
+    network.online = true;
+    testing::inProcessBackend().clearScriptedReplies();
+    const std::size_t registered = bodiesSentTo(kPayEndpoint).size();
     const DataTaskPtr failed = screen->task;
     QTest::mouseClick(screen->btnProceed, Qt::LeftButton);
     EXPECT_NE(screen->task, failed);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return bodiesTo(kRegisterPath).size() == registered + 1; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return bodiesSentTo(kPayEndpoint).size() == registered + 1; }));
 }
 
 // Two drops: the network stack may resend a request once when a kept-alive connection closes
@@ -351,13 +268,13 @@ INSTANTIATE_TEST_SUITE_P(Rejected, UpiRejectTest,
         RejectRow { "offline", "ravi@okbank", {}, 0, 0, "No Network" },
         RejectRow { "invalid_and_offline", "ravi@", {}, 0, 0, "UPI id is not valid !!" },
         RejectRow { "registration_refused", "ravi@okbank",
-            { { kRegister, { 200, R"({"success":"false","responseCode":"400BADREQ"})" } } }, 1, -1,
+            { { kPayEndpoint, { 200, R"({"success":"false","responseCode":"400BADREQ"})" } } }, 1, -1,
             "Error in payUPICollect" },
         RejectRow { "registration_connection_dropped", "ravi@okbank",
-            { { kRegister, { 200, "", true } }, { kRegister, { 200, "", true } } }, 1, -1,
+            { { kPayEndpoint, { 200, "", true } }, { kPayEndpoint, { 200, "", true } } }, 1, -1,
             "Error in payUPICollect" },
         RejectRow { "collect_answered_with_status_code", "ravi@okbank",
-            { { kCollect, { 200, R"({"responseCode":"200TRANSRESPSUCC"})" } } }, 2, -1,
+            { { kCollectEndpoint, { 200, R"({"responseCode":"200TRANSRESPSUCC"})" } } }, 2, -1,
             "Error in payUPICollectByVPA" },
         RejectRow { "network_lost_before_collect", "ravi@okbank", {}, 1, 1, "No Network" },
         RejectRow { "network_lost_before_polling", "ravi@okbank", {}, 2, 2, "No Network" }),
@@ -368,57 +285,50 @@ struct EndRow
     const char *name;
     bool offline; // the first answer finds the network gone
     std::chrono::milliseconds popAfterAnswer; // else the screen is left this long after it
-    bool oneMoreEnquiry;
 };
 
 class UpiPollingEndTest : public UpiScreenTest, public ::testing::WithParamInterface<EndRow>
 {
 };
 
-TEST_P(UpiPollingEndTest, PollingEndsAfterAtMostOneMoreAnswerWithoutAReport)
+// Leaving the screen releases it at the event loop's next turn, before any enquiry it scheduled
+// is due: whether the next enquiry still waited on the background queue or already on the main
+// one, it never goes out.
+TEST_P(UpiPollingEndTest, PollingEndsWithoutAnotherEnquiryOrAReport)
 {
     const EndRow &row = GetParam();
     acceptCollect(u"pending@kovena"_s);
     clock.advance(11000ms);
-    ASSERT_TRUE(g_sandbox->waitForRequests(3, 5000ms));
+    ASSERT_TRUE(testing::inProcessBackend().waitForRequests(3, 5000ms));
     ASSERT_TRUE(arrived(3));
-    g_online = !row.offline;
+    network.online = !row.offline;
     clock.runDue();
-    g_online = true;
+    network.online = true;
 
-    DataTaskPtr before = screen->task;
     if (row.offline) {
         EXPECT_EQ(toasts(), QStringList { u"No Network"_s });
     } else {
         clock.advance(row.popAfterAnswer);
-        before = screen->task;
         nav->popViewController(false);
-        ASSERT_TRUE(screen) << "the popped screen is released later, by the event loop";
+        ASSERT_TRUE(screen) << "the popped screen is released by the event loop, not at once";
     }
     clock.advance(120000ms);
-    EXPECT_EQ(screen->task != before, row.oneMoreEnquiry);
-    if (row.oneMoreEnquiry) {
-        // Its answer, if the screen still exists to get it, ends the polling.
-        ASSERT_TRUE(g_sandbox->waitForRequests(4, 5000ms));
-        EXPECT_TRUE(QTest::qWaitFor([&] { return counting.fromOtherThreads() >= 4 || !screen; }));
-        clock.runDue();
-        clock.advance(120000ms);
-    }
+    ASSERT_TRUE(testing::roundTrip());
+    clock.advance(120000ms);
     EXPECT_EQ(clock.pendingCount(), 0);
     EXPECT_EQ(merchant->callCount(), 0u);
-    EXPECT_EQ(bodiesTo(kStatusPath).size(), row.oneMoreEnquiry ? 2u : 1u);
+    EXPECT_EQ(bodiesSentTo(kStatusEndpoint).size(), 1u);
     if (row.offline) {
         EXPECT_EQ(toasts(), QStringList { u"No Network"_s }) << "one notice only";
     } else {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         EXPECT_FALSE(screen);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Moments, UpiPollingEndTest,
-    ::testing::Values(EndRow { "network_lost", true, 0ms, false },
-        EndRow { "left_before_the_background_step", false, 500ms, false },
-        EndRow { "left_after_the_hand_over_to_the_main_queue", false, 2000ms, true }),
+    ::testing::Values(EndRow { "network_lost", true, 0ms },
+        EndRow { "left_before_the_background_step", false, 500ms },
+        EndRow { "left_after_the_hand_over_to_the_main_queue", false, 2000ms }),
     [](const auto &info) { return std::string(info.param.name); });
 
 enum class CancelAt { Form, Registration, Polling };
@@ -457,11 +367,11 @@ TEST_P(UpiCancelInFlightTest, CancelAsksFirstAndProceedEndsThePaymentWithOneRepo
     clock.advance(120000ms);
 
     EXPECT_EQ(merchant->statuses(), QStringList { u"-1 Cancelled"_s });
-    EXPECT_TRUE(bodiesTo(kStatusPath).empty());
+    EXPECT_TRUE(bodiesSentTo(kStatusEndpoint).empty());
     EXPECT_TRUE(toasts().isEmpty());
     EXPECT_EQ(clock.pendingCount(), 0);
     if (at == CancelAt::Form) {
-        EXPECT_TRUE(g_sandbox->requests().empty());
+        EXPECT_TRUE(testing::inProcessBackend().requests().empty());
     }
 }
 
@@ -478,7 +388,8 @@ TEST_F(UpiScreenDeathTest, ACollectRequestWithoutCollectorIdIsFatal)
     screen->collectorId.reset();
     screen->virtualAddress = u"ravi@okbank"_s;
     screen->upiCallback1(u"1700000000001"_s, reference);
-    EXPECT_DEATH(clock.runDue(), "collectorId");
+    EXPECT_DEATH(
+        clock.runDue(), testing::fatalLine("UPIViewController: no collectorId for the collect request"));
 }
 
 } // namespace

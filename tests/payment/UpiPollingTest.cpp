@@ -3,7 +3,8 @@
 #include "payment/UpiPolling.h"
 #include "model/TransactionStatus.h"
 #include "platform/ManualScheduler.h"
-#include "platform/Reachability.h"
+#include "support/FatalDiagnostic.h"
+#include "support/Scoped.h"
 
 #include <gtest/gtest.h>
 
@@ -71,14 +72,7 @@ private:
 class UpiPollingTest : public ::testing::Test
 {
 protected:
-    UpiPollingTest() { setOnline(true); }
-    ~UpiPollingTest() override { reachability::setProbe({}); }
-
-    static void setOnline(bool online)
-    {
-        reachability::setProbe(
-            [online] { return std::optional<std::uint32_t>(online ? reachability::Reachable : 0u); });
-    }
+    void setOnline(bool online) { network.online = online; }
 
     void reachFirstEnquiry()
     {
@@ -87,6 +81,7 @@ protected:
         ASSERT_EQ(journal.enquiries.size(), 1u);
     }
 
+    testing::SwitchableNetwork network;
     ManualScheduler clock;
     ScopedScheduler scoped { clock };
     Journal journal;
@@ -246,7 +241,8 @@ TEST_F(UpiPollingDeathTest, NextEnquiryWithoutAReferenceNumberIsFatal)
         p.getTransactionStatus(broken);
         clock.advance(3999ms);
         EXPECT_EQ(log.enquiries.size(), 1u);
-        EXPECT_DEATH(clock.advance(1ms), "kovenaRefNumber");
+        EXPECT_DEATH(clock.advance(1ms),
+            testing::fatalLine("UPI status polling: the previous answer has no kovenaRefNumber"));
     }
 }
 

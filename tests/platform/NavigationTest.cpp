@@ -227,5 +227,34 @@ TEST_F(RootTest, PlainWindowCoversTheMerchantAndAReplacedRootNeverLoads)
     EXPECT_EQ(fresh->geometry(), window.rect()) << "the root follows the window's size";
 }
 
+TEST_F(RootTest, ARootInAWindowNotShownLoadsWhenTheWindowIsShown)
+{
+    QMainWindow window;
+    QPointer<QWidget> merchant = new QLabel(QStringLiteral("merchant"));
+    window.setCentralWidget(merchant);
+
+    auto *nav = new NavigationController;
+    nav->setViewControllers({ screen("hidden") });
+    setRootViewController(merchant, nav);
+    clock.runDue();
+    EXPECT_TRUE(journal.isEmpty()) << "nothing loads while the window is not on screen";
+    // Replaced while waiting: only the latest root loads.
+    auto *latest = new NavigationController;
+    latest->setViewControllers({ screen("latest") });
+    setRootViewController(merchant, latest);
+    clock.runDue();
+    flushDeletes();
+    EXPECT_TRUE(journal.isEmpty());
+
+    window.show();
+    EXPECT_TRUE(journal.isEmpty()) << "loading waits for the main queue";
+    clock.runDue();
+    EXPECT_EQ(journal, list({ "latest.load", "latest.willAppear", "latest.didAppear" }));
+    window.hide();
+    window.show();
+    clock.runDue();
+    EXPECT_EQ(journal.size(), 3) << "a root loads once";
+}
+
 } // namespace
 } // namespace kovena

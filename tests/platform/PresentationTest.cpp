@@ -3,6 +3,7 @@
 #include "platform/AlertController.h"
 #include "platform/ManualScheduler.h"
 #include "platform/Storyboard.h"
+#include "support/FatalDiagnostic.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -202,11 +203,20 @@ using StoryboardDeathTest = StoryboardTest;
 
 TEST_F(StoryboardDeathTest, UnknownIdentifiersAreFatal)
 {
-    EXPECT_DEATH(board.instantiateViewController(QStringLiteral("PaymentOptionVc")), "no scene");
+    using testing::fatalLine;
+    EXPECT_DEATH(board.instantiateViewController(QStringLiteral("PaymentOptionVc")),
+        fatalLine(R"(storyboard MainKovena has no scene "PaymentOptionVc")"));
+    board.registerScene(QStringLiteral("Empty"), [] { return nullptr; });
+    EXPECT_DEATH(board.instantiateViewController(QStringLiteral("Empty")),
+        fatalLine(R"(storyboard MainKovena made no screen for the scene "Empty")"));
     std::unique_ptr<ViewController> source(board.instantiateViewController(QStringLiteral("Source")));
-    EXPECT_DEATH(source->performSegue(QStringLiteral("toNowhere"), nullptr), "no segue");
+    EXPECT_DEATH(source->performSegue(QStringLiteral("toNowhere"), nullptr),
+        fatalLine(R"(storyboard MainKovena has no segue "toNowhere")"));
+    EXPECT_DEATH(board.performSegue(nullptr, QStringLiteral("toTarget"), nullptr),
+        fatalLine(R"(storyboard MainKovena performed the segue "toTarget" without a source screen)"));
     RecordingScreen loose(QStringLiteral("loose"), &journal);
-    EXPECT_DEATH(loose.performSegue(QStringLiteral("toTarget"), nullptr), "storyboard");
+    EXPECT_DEATH(loose.performSegue(QStringLiteral("toTarget"), nullptr),
+        fatalLine(R"(performSegue "toTarget": the screen does not come from a storyboard)"));
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "platform/Reachability.h"
+#include "support/Scoped.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +18,8 @@ TEST(Reachability, InstalledProbeAnswersForEveryThreadUntilRemoved)
         SCOPED_TRACE(answer.value_or(0xDEAD));
         std::atomic<int> calls { 0 };
         std::atomic<int> matching { 0 };
-        setProbe([&] {
+        // Put back after each answer, however the row ends: the probe refers to this row's counters.
+        const testing::ScopedReachability probe([&] {
             ++calls;
             return answer;
         });
@@ -34,7 +36,7 @@ TEST(Reachability, InstalledProbeAnswersForEveryThreadUntilRemoved)
         EXPECT_EQ(calls.load(), 5);
     }
 
-    setProbe({});
+    ASSERT_FALSE(installedProbe()) << "the last row's probe was left in place";
     const auto flags = zeroAddressFlags();
     ASSERT_TRUE(flags.has_value());
     // The system probe only ever reports the reachable bit or nothing set.

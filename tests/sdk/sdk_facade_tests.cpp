@@ -1,8 +1,15 @@
-// The facade: what kovenaInit and kovenaStatusInit leave behind when they return, and the
-// arguments they refuse.
+// The facade: what kovenaInit and kovenaStatusInit leave behind when they return, when the flow
+// they install starts, and the arguments they refuse.
+#include "api/ApiManager.h"
+#include "api/Callbacks.h"
+#include "flow/MainKovena.h"
 #include "flow/flow_root_support.h"
+#include "platform/Storyboard.h"
+#include "support/FatalDiagnostic.h"
+#include "support/InProcessBackend.h"
 
 #include <QEvent>
+#include <QTest>
 
 using namespace kovena;
 using namespace kovena::testing;
@@ -86,6 +93,91 @@ TEST_F(FacadeTest, ASecondCheckoutReleasesTheFirstController)
     EXPECT_TRUE(host.merchant->isHidden());
 }
 
+// A merchant screen in a window that is not on screen: the call shows nothing, so the flow
+// neither asks the backend nor reports until the window is shown; then it runs as usual.
+TEST_F(FacadeTest, AFlowInAWindowNotShownWaitsForTheWindow)
+{
+    sandbox::Sandbox &backend = inProcessBackend();
+    // A status enquiry (it asks the backend at once) and a checkout that fails validation (it
+    // reports at once).
+    const std::function<void(QWidget *)> starts[] = {
+        [](QWidget *merchant) {
+            KovenaSDK::instance().kovenaStatusInit(
+                merchant, QStringLiteral("42"), QStringLiteral("ORD-1"), QStringLiteral("token-3"));
+        },
+        [](QWidget *merchant) {
+            KovenaSDK::instance().kovenaInit(merchant, QStringLiteral("Shop"), QStringLiteral("ORD-9"),
+                QStringLiteral(""), QStringLiteral("COL-1"), QStringLiteral("100"),
+                QStringLiteral("9876543210"), QStringLiteral("a@b.in"), QString(), QStringLiteral("4"));
+        },
+    };
+    const QStringList reports[]
+        = { { QStringLiteral("1 Success") }, { QStringLiteral("-105 Missing SDK params,orderId nil") } };
+    for (std::size_t i = 0; i < std::size(starts); ++i) {
+        SCOPED_TRACE(i);
+        backend.clearRequests();
+        QMainWindow window;
+        QPointer<TestMerchant> merchant = new TestMerchant;
+        window.setCentralWidget(merchant);
+        starts[i](merchant);
+        clock.advance(std::chrono::hours(1));
+        auto *root = qobject_cast<NavigatorController *>(rootViewController(&window));
+        ASSERT_NE(root, nullptr);
+        EXPECT_FALSE(root->isViewLoaded());
+        EXPECT_FALSE(UserDefaults::standard().contains(QStringLiteral("requestId")));
+        // Anything the flow sent would have been answered and queued by the time a second
+        // request is recorded and answered.
+        KovenaSDK::instance().kovenaStatusInit(
+            host.merchant, QStringLiteral("43"), QStringLiteral("ORD-2"), QStringLiteral("token-3"));
+        ASSERT_TRUE(QTest::qWaitFor(
+            [&] {
+                clock.runDue();
+                return host.merchant->callCount() == i + 1;
+            },
+            kWaitMs));
+        EXPECT_EQ(backend.requests().size(), 1u);
+        EXPECT_EQ(merchant->callCount(), 0u);
+
+        window.show();
+        ASSERT_TRUE(QTest::qWaitFor(
+            [&] {
+                clock.runDue();
+                return merchant->callCount() > 0;
+            },
+            kWaitMs));
+        EXPECT_TRUE(root->isViewLoaded());
+        EXPECT_EQ(merchant->statuses(), reports[i]);
+    }
+}
+
+// The token reaches the client through the user defaults once; a request made after the entry is
+// gone still carries it.
+TEST_F(FacadeTest, TheTokenOutlivesItsStoredEntry)
+{
+    sandbox::Sandbox &backend = inProcessBackend();
+    backend.clearRequests();
+    enquire();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            clock.runDue();
+            return host.merchant->callCount() == 1;
+        },
+        kWaitMs));
+    UserDefaults::standard().remove(QStringLiteral("accessToken"));
+    ASSERT_FALSE(UserDefaults::standard().contains(QStringLiteral("accessToken")));
+
+    class Ignore final : public TransactionStatusCallback
+    {
+        void getTransactionStatus(std::shared_ptr<TransactionStatus>) override { }
+    };
+    ApiManager::getTransactionStatus(
+        std::make_shared<Ignore>(), QStringLiteral("43"), QStringLiteral("ORD-2"));
+    ASSERT_TRUE(backend.waitForRequests(2, std::chrono::milliseconds(kWaitMs)));
+    const auto requests = backend.requests();
+    EXPECT_EQ(requests[0].header("Authorization"), "Bearer token-2");
+    EXPECT_EQ(requests[1].header("Authorization"), "Bearer token-2");
+}
+
 using FacadeDeathTest = FacadeTest;
 
 TEST_F(FacadeDeathTest, MissingRequiredArgumentsStopTheProcess)
@@ -95,13 +187,31 @@ TEST_F(FacadeDeathTest, MissingRequiredArgumentsStopTheProcess)
     KovenaSDK &sdk = KovenaSDK::instance();
     QWidget *merchant = host.merchant;
 
-    EXPECT_DEATH(sdk.kovenaInit(nullptr, s, ok, s, s, ok, ok, ok, s, s), "merchantVC");
-    EXPECT_DEATH(sdk.kovenaInit(merchant, s, nil, s, s, ok, ok, ok, s, s), "orderNo");
-    EXPECT_DEATH(sdk.kovenaInit(merchant, s, ok, s, s, nil, ok, ok, s, s), "amount");
-    EXPECT_DEATH(sdk.kovenaInit(merchant, s, ok, s, s, ok, nil, ok, s, s), "customerMobNum");
-    EXPECT_DEATH(sdk.kovenaInit(merchant, s, ok, s, s, ok, ok, nil, s, s), "customerEmail");
-    EXPECT_DEATH(sdk.kovenaStatusInit(nullptr, s, ok, s), "merchantVC");
-    EXPECT_DEATH(sdk.kovenaStatusInit(merchant, s, nil, s), "orderId");
+    EXPECT_DEATH(sdk.kovenaInit(nullptr, s, ok, s, s, ok, ok, ok, s, s),
+        fatalLine("kovenaInit: merchantVC is required"));
+    EXPECT_DEATH(sdk.kovenaInit(merchant, s, nil, s, s, ok, ok, ok, s, s),
+        fatalLine("kovenaInit: orderNo is required"));
+    EXPECT_DEATH(sdk.kovenaInit(merchant, s, ok, s, s, nil, ok, ok, s, s),
+        fatalLine("kovenaInit: amount is required"));
+    EXPECT_DEATH(sdk.kovenaInit(merchant, s, ok, s, s, ok, nil, ok, s, s),
+        fatalLine("kovenaInit: customerMobNum is required"));
+    EXPECT_DEATH(sdk.kovenaInit(merchant, s, ok, s, s, ok, ok, nil, s, s),
+        fatalLine("kovenaInit: customerEmail is required"));
+    EXPECT_DEATH(
+        sdk.kovenaStatusInit(nullptr, s, ok, s), fatalLine("kovenaStatusInit: merchantVC is required"));
+    EXPECT_DEATH(
+        sdk.kovenaStatusInit(merchant, s, nil, s), fatalLine("kovenaStatusInit: orderId is required"));
+}
+
+TEST_F(FacadeDeathTest, AStoryboardWithoutTheNavigatorFirstStopsTheProcess)
+{
+    EXPECT_DEATH(
+        {
+            mainKovenaStoryboard().setInitialScene(QStringLiteral("PaymentOptionVC"));
+            enquire();
+        },
+        fatalLine(
+            "kovenaStatusInit: the storyboard MainKovena has no NavigatorController as its initial scene"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "flow/flow_root_support.h"
 #include "platform/ViewController.h"
 #include "sdk/MerchantReport.h"
+#include "support/FatalDiagnostic.h"
 
 #include <QEvent>
 
@@ -78,12 +79,18 @@ TEST(MerchantReportDeathTest, NoOneToReportToOrNothingToReport)
     withoutStatus->data = std::make_shared<TransactionStatus::Data>();
     auto complete = MerchantReport::decidedRecord(1);
 
-    EXPECT_DEATH(MerchantReport::btnBack(nullptr, nullptr, -1), "merchant screen is gone");
-    EXPECT_DEATH(MerchantReport::btnBack(nullptr, &notACallback, -1), "KovenaCallback");
-    EXPECT_DEATH(MerchantReport::finish(host.merchant, nullptr), "no transaction status");
-    EXPECT_DEATH(MerchantReport::finish(host.merchant, withoutStatus), "without a payment status");
-    EXPECT_DEATH(MerchantReport::finish(nullptr, complete), "merchant screen is gone");
-    EXPECT_DEATH(MerchantReport::finish(&notACallback, complete), "KovenaCallback");
+    EXPECT_DEATH(MerchantReport::btnBack(nullptr, nullptr, -1),
+        fatalLine("btnBack: no merchant screen to report the outcome to"));
+    EXPECT_DEATH(MerchantReport::btnBack(nullptr, &notACallback, -1),
+        fatalLine("btnBack: the merchant screen does not implement KovenaCallback"));
+    EXPECT_DEATH(
+        MerchantReport::finish(host.merchant, nullptr), fatalLine("finish: no transaction status to report"));
+    EXPECT_DEATH(MerchantReport::finish(host.merchant, withoutStatus),
+        fatalLine("finish: the transaction status has no payment status"));
+    EXPECT_DEATH(MerchantReport::finish(nullptr, complete),
+        fatalLine("finish: no merchant screen to report the outcome to"));
+    EXPECT_DEATH(MerchantReport::finish(&notACallback, complete),
+        fatalLine("finish: the merchant screen does not implement KovenaCallback"));
 }
 
 } // namespace
