@@ -72,10 +72,16 @@ void ApiRequest::handleReply(
     JsonValue reply;
     try {
         reply = JsonValue::parse(result.body->constBegin(), result.body->constEnd());
-    } catch (const JsonValue::parse_error &e) {
+    } catch (const JsonValue::exception &e) {
+        // Malformed text is a parse_error; a number beyond a double's range ("1e400") is an
+        // out_of_range. Either way the body does not decode.
         handlers.failure();
-        // The position and kind of the fault, never the body's text.
-        qCWarning(lcApi, "%s: reply is not valid JSON (parse error %d at byte %zu)", operation, e.id, e.byte);
+        // The position and kind of the fault, never the body's text (which e.what() may quote).
+        if (const auto *parseError = dynamic_cast<const JsonValue::parse_error *>(&e))
+            qCWarning(lcApi, "%s: reply is not valid JSON (parse error %d at byte %zu)", operation, e.id,
+                parseError->byte);
+        else
+            qCWarning(lcApi, "%s: reply is not valid JSON (error %d)", operation, e.id);
         return;
     }
 
