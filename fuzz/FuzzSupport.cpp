@@ -28,9 +28,17 @@ void catchDiagnostic(QtMsgType, const QMessageLogContext &, const QString &messa
 
 } // namespace
 
+std::string &latestStop()
+{
+    static std::string text;
+    return text;
+}
+
 void finding(const std::string &what)
 {
     std::fprintf(stderr, "fuzz finding: %s\n", what.c_str());
+    if (!latestStop().empty())
+        std::fprintf(stderr, "latest stop of the library: %s\n", latestStop().c_str());
     std::fflush(stderr);
     std::abort();
 }

@@ -25,13 +25,17 @@ struct ExpectedStop
     std::string what;
 };
 
+// The diagnostic of the latest stop, which a finding quotes to tell which rule stopped.
+std::string &latestStop();
+
 // Runs `step`; true when it ended in fatalError, false when it returned.
 template<class Step> bool stops(Step &&step)
 {
     try {
         std::forward<Step>(step)();
         return false;
-    } catch (const ExpectedStop &) {
+    } catch (const ExpectedStop &stop) {
+        latestStop() = stop.what;
         return true;
     }
 }
@@ -42,6 +46,16 @@ inline void require(bool holds, const char *what)
 {
     if (!holds)
         finding(what);
+}
+
+// Runs `operation`, which must never stop the library, and returns its result; a stop is
+// reported as `what`.
+template<class Operation> auto mustReturn(Operation &&operation, const char *what)
+{
+    decltype(operation()) result {};
+    if (stops([&] { result = operation(); }))
+        finding(what);
+    return result;
 }
 
 // Sets up what every target needs once: the library's diagnostics go to diagnostics() instead

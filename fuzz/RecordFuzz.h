@@ -97,6 +97,7 @@ template<class Fuzz> int fuzzJson(const std::uint8_t *data, std::size_t size, Fu
 {
     static const bool initialised = (initialise(), true);
     (void)initialised;
+    latestStop().clear();
     const JsonValue value = JsonValue::parse(data, data + size, nullptr, false);
     if (!value.is_discarded())
         fuzz(value);

@@ -159,6 +159,7 @@ int fuzzReply(const ReplyTarget &target, const std::uint8_t *data, std::size_t s
 
     resetRetry();
     clearDiagnostics();
+    latestStop().clear();
     const QByteArray body(reinterpret_cast<const char *>(data), qsizetype(size));
     auto callback = std::make_shared<RecordingCallback>();
     const bool stopped = handle(target, { body, std::nullopt }, callback);

@@ -12,18 +12,11 @@ using namespace kovena::fuzzing;
 
 namespace {
 
-template<class Operation> auto mustReturn(Operation &&operation, const char *what)
-{
-    decltype(operation()) result {};
-    require(!stops([&] { result = operation(); }), what);
-    return result;
-}
-
 void fuzzText(const QString &text)
 {
     const bool amount = mustReturn([&] { return Utils::isValidAmount(text); }, "isValidAmount stopped");
     require(!amount || !text.isEmpty(), "an empty amount is valid");
-    // A text that is not a number stops the range check by rule; anything else answers.
+    // A text that is not a number stops the range check; anything else answers.
     bool inRange = false;
     if (!stops([&] { inRange = Utils::isValidRange(text); }))
         require(!inRange || Utils::floatValue(text).has_value(), "an amount in range that is not a number");
@@ -57,6 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return true;
     }();
     (void)initialised;
+    latestStop().clear();
 
     std::int32_t status = 0;
     std::memcpy(&status, data, std::min(size, sizeof status));
