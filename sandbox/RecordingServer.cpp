@@ -2,15 +2,21 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <openssl/err.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
 #include <chrono>
+#include <climits>
+#include <csignal>
 #include <cstring>
+#include <functional>
+#include <optional>
 
 namespace kovena::sandbox {
 
@@ -52,33 +58,35 @@ void addressOf(int sock, bool peer, std::string &ip, int &port)
     ip = text.data();
 }
 
-// One accepted connection. Reads are buffered; every byte handed to the HTTP parser is also
-// kept, so the head of the current request can be read back verbatim. Writes never raise
-// SIGPIPE, and once the connection is marked dropped nothing more is sent.
+// One accepted connection, plain or TLS. Reads are buffered; every byte handed to the HTTP
+// parser is also kept, so the head of the current request can be read back verbatim. Writes
+// never raise SIGPIPE on a plain socket, and once the connection is marked dropped nothing more
+// is sent.
 class ConnectionStream : public httplib::Stream
 {
 public:
-    ConnectionStream(int sock, int readTimeoutMs, int writeTimeoutMs)
+    ConnectionStream(int sock, SSL *ssl, int readTimeoutMs, int writeTimeoutMs)
         : m_sock(sock)
+        , m_ssl(ssl)
         , m_readTimeoutMs(readTimeoutMs)
         , m_writeTimeoutMs(writeTimeoutMs)
     { }
 
     using httplib::Stream::write;
 
-    bool is_readable() const override { return m_begin < m_end || waitFor(m_sock, POLLIN, m_readTimeoutMs); }
+    bool is_readable() const override
+    {
+        return hasBufferedInput() || waitFor(m_sock, POLLIN, m_readTimeoutMs);
+    }
 
     bool is_writable() const override { return !m_dropped && waitFor(m_sock, POLLOUT, m_writeTimeoutMs); }
 
     ssize_t read(char *ptr, size_t size) override
     {
         if (m_begin == m_end) {
-            if (!waitFor(m_sock, POLLIN, m_readTimeoutMs))
+            if (!hasBufferedInput() && !waitFor(m_sock, POLLIN, m_readTimeoutMs))
                 return -1;
-            ssize_t n;
-            do {
-                n = ::recv(m_sock, m_buffer.data(), m_buffer.size(), 0);
-            } while (n < 0 && errno == EINTR);
+            ssize_t n = receive(m_buffer.data(), m_buffer.size());
             if (n <= 0)
                 return n;
             m_begin = 0;
@@ -93,21 +101,17 @@ public:
 
     ssize_t write(const char *ptr, size_t size) override
     {
-        if (m_truncate && !m_dropped) {
-            // Let bytes through up to the blank line that ends the headers, then drop.
-            static const std::string end = "\r\n\r\n";
-            std::string seen = m_headTail + std::string(ptr, size);
-            size_t at = seen.find(end);
-            if (at != std::string::npos) {
-                size_t pass = at + end.size() - m_headTail.size();
-                m_dropped = true;
+        if (m_cutAfterBody && !m_dropped) {
+            const size_t pass = bytesBeforeCut(ptr, size);
+            if (pass != std::string::npos) {
                 sendAll(ptr, pass);
+                m_dropped = true;
                 return -1;
             }
-            m_headTail = seen.substr(seen.size() > 3 ? seen.size() - 3 : 0);
         }
         if (m_dropped) {
-            if (!m_shutDown) {
+            // A reset must not be preceded by a FIN: the socket is left as it is until closed.
+            if (!m_shutDown && m_ending == RecordingServer::Ending::Close) {
                 ::shutdown(m_sock, SHUT_RDWR);
                 m_shutDown = true;
             }
@@ -115,11 +119,7 @@ public:
         }
         if (!waitFor(m_sock, POLLOUT, m_writeTimeoutMs))
             return -1;
-        ssize_t n;
-        do {
-            n = ::send(m_sock, ptr, size, MSG_NOSIGNAL);
-        } while (n < 0 && errno == EINTR);
-        return n;
+        return transmit(ptr, size);
     }
 
     void get_remote_ip_and_port(std::string &ip, int &port) const override
@@ -132,29 +132,73 @@ public:
     }
     socket_t socket() const override { return m_sock; }
 
-    bool hasBufferedInput() const { return m_begin < m_end; }
+    bool hasBufferedInput() const { return m_begin < m_end || (m_ssl && SSL_pending(m_ssl) > 0); }
     void startRequest() { m_captured.clear(); }
     const std::string &captured() const { return m_captured; }
-    void drop() { m_dropped = true; }
-    void truncateAfterHeaders() { m_truncate = true; }
+    void drop(RecordingServer::Ending ending)
+    {
+        m_dropped = true;
+        m_ending = ending;
+    }
+    void cutAfterBody(size_t bodyBytes, RecordingServer::Ending ending)
+    {
+        m_cutAfterBody = bodyBytes;
+        m_ending = ending;
+    }
     bool dropped() const { return m_dropped; }
 
+    // Ends the connection: a reset goes out as RST with nothing before it; otherwise a TLS
+    // connection that ended normally says goodbye first.
+    void close()
+    {
+        if (m_dropped && m_ending == RecordingServer::Ending::Reset) {
+            linger abort { 1, 0 };
+            ::setsockopt(m_sock, SOL_SOCKET, SO_LINGER, &abort, sizeof(abort));
+        } else {
+            if (m_ssl && !m_dropped)
+                SSL_shutdown(m_ssl);
+            ::shutdown(m_sock, SHUT_RDWR);
+        }
+        ::close(m_sock);
+    }
+
 private:
-    int m_sock;
-    int m_readTimeoutMs;
-    int m_writeTimeoutMs;
-    std::array<char, 4096> m_buffer {};
-    size_t m_begin = 0;
-    size_t m_end = 0;
-    std::string m_captured;
+    ssize_t receive(char *ptr, size_t size)
+    {
+        if (m_ssl) {
+            // SSL_get_error reads the thread's error queue, which must start empty.
+            ERR_clear_error();
+            const int n = SSL_read(m_ssl, ptr, static_cast<int>(std::min<size_t>(size, INT_MAX)));
+            if (n > 0)
+                return n;
+            return SSL_get_error(m_ssl, n) == SSL_ERROR_ZERO_RETURN ? 0 : -1;
+        }
+        ssize_t n;
+        do {
+            n = ::recv(m_sock, ptr, size, 0);
+        } while (n < 0 && errno == EINTR);
+        return n;
+    }
+
+    ssize_t transmit(const char *ptr, size_t size)
+    {
+        if (m_ssl) {
+            const int n = SSL_write(m_ssl, ptr, static_cast<int>(std::min<size_t>(size, INT_MAX)));
+            return n > 0 ? n : -1;
+        }
+        ssize_t n;
+        do {
+            n = ::send(m_sock, ptr, size, MSG_NOSIGNAL);
+        } while (n < 0 && errno == EINTR);
+        return n;
+    }
+
     bool sendAll(const char *ptr, size_t size)
     {
         while (size > 0) {
             if (!waitFor(m_sock, POLLOUT, m_writeTimeoutMs))
                 return false;
-            ssize_t n = ::send(m_sock, ptr, size, MSG_NOSIGNAL);
-            if (n < 0 && errno == EINTR)
-                continue;
+            ssize_t n = transmit(ptr, size);
             if (n <= 0)
                 return false;
             ptr += n;
@@ -163,9 +207,46 @@ private:
         return true;
     }
 
+    // How many bytes of this write go out before the cut, or npos when the cut lies beyond it.
+    // The headers pass whole; of the body, only the bytes the cut allows.
+    size_t bytesBeforeCut(const char *ptr, size_t size)
+    {
+        size_t bodyStart = 0;
+        if (!m_headersSent) {
+            static const std::string end = "\r\n\r\n";
+            const std::string seen = m_headTail + std::string(ptr, size);
+            const size_t at = seen.find(end);
+            if (at == std::string::npos) {
+                m_headTail = seen.substr(seen.size() > 3 ? seen.size() - 3 : 0);
+                return std::string::npos;
+            }
+            m_headersSent = true;
+            bodyStart = at + end.size() - m_headTail.size();
+        }
+        const size_t body = size - bodyStart;
+        const size_t room = *m_cutAfterBody - m_bodySent;
+        if (body < room) {
+            m_bodySent += body;
+            return std::string::npos;
+        }
+        return bodyStart + room;
+    }
+
+    int m_sock;
+    SSL *m_ssl;
+    int m_readTimeoutMs;
+    int m_writeTimeoutMs;
+    std::array<char, 4096> m_buffer {};
+    size_t m_begin = 0;
+    size_t m_end = 0;
+    std::string m_captured;
+
     bool m_dropped = false;
     bool m_shutDown = false;
-    bool m_truncate = false;
+    RecordingServer::Ending m_ending = RecordingServer::Ending::Close;
+    std::optional<size_t> m_cutAfterBody;
+    bool m_headersSent = false;
+    size_t m_bodySent = 0;
     std::string m_headTail;
 };
 
@@ -186,6 +267,59 @@ std::string trim(const std::string &s)
     return s.substr(b, e - b + 1);
 }
 
+using RequestSetup = std::function<void(httplib::Request &)>;
+using ProcessRequest
+    = std::function<bool(httplib::Stream &, bool last, bool &closed, const RequestSetup &setup)>;
+
+struct ConnectionSettings
+{
+    size_t maxRequests;
+    time_t keepAliveSeconds;
+    int readTimeoutMs;
+    int writeTimeoutMs;
+    std::function<bool()> listening;
+};
+
+// Mirrors cpp-httplib's own keep-alive loop, with our stream in place of its socket stream.
+// Closes the socket; the TLS session, if any, stays the caller's to free.
+bool serveConnection(int sock, SSL *ssl, const ConnectionSettings &settings, const ProcessRequest &process)
+{
+    // Set here, per accepted socket: not every system passes the option on from the listener.
+    int noDelay = 1;
+    ::setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof(noDelay));
+    ConnectionStream stream(sock, ssl, settings.readTimeoutMs, settings.writeTimeoutMs);
+    Connection connection { &stream, {} };
+    t_connection = &connection;
+
+    auto waitForNextRequest = [&] {
+        using clock = std::chrono::steady_clock;
+        auto deadline = clock::now() + std::chrono::seconds(settings.keepAliveSeconds);
+        while (settings.listening()) {
+            if (stream.hasBufferedInput() || waitFor(sock, POLLIN, 10))
+                return true;
+            if (clock::now() > deadline)
+                return false;
+        }
+        return false;
+    };
+
+    bool ok = false;
+    for (size_t left = settings.maxRequests; left > 0 && waitForNextRequest(); --left) {
+        stream.startRequest();
+        connection.headers.clear();
+        bool closed = false;
+        ok = process(stream, left == 1, closed, [&](httplib::Request &) {
+            connection.headers = RecordingServer::parseHeaderBlock(stream.captured());
+        });
+        if (!ok || closed || stream.dropped())
+            break;
+    }
+
+    t_connection = nullptr;
+    stream.close();
+    return ok;
+}
+
 } // namespace
 
 RecordingServer::HeaderList RecordingServer::currentHeaders()
@@ -193,16 +327,16 @@ RecordingServer::HeaderList RecordingServer::currentHeaders()
     return t_connection ? t_connection->headers : HeaderList {};
 }
 
-void RecordingServer::dropCurrentConnection()
+void RecordingServer::dropCurrentConnection(Ending ending)
 {
     if (t_connection && t_connection->stream)
-        t_connection->stream->drop();
+        t_connection->stream->drop(ending);
 }
 
-void RecordingServer::truncateCurrentReplyAfterHeaders()
+void RecordingServer::cutCurrentReply(std::size_t bodyBytes, Ending ending)
 {
     if (t_connection && t_connection->stream)
-        t_connection->stream->truncateAfterHeaders();
+        t_connection->stream->cutAfterBody(bodyBytes, ending);
 }
 
 int RecordingServer::currentSocket()
@@ -230,43 +364,56 @@ RecordingServer::HeaderList RecordingServer::parseHeaderBlock(const std::string 
     return headers;
 }
 
-// Mirrors the library's own keep-alive loop, with our stream in place of its socket stream.
 bool RecordingServer::process_and_close_socket(socket_t sock)
 {
-    // Set here, per accepted socket: not every system passes the option on from the listener.
-    int noDelay = 1;
-    ::setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof(noDelay));
-    ConnectionStream stream(sock, toMilliseconds(read_timeout_sec_, read_timeout_usec_),
-        toMilliseconds(write_timeout_sec_, write_timeout_usec_));
-    Connection connection { &stream, {} };
-    t_connection = &connection;
+    const ConnectionSettings settings { keep_alive_max_count_, keep_alive_timeout_sec_,
+        toMilliseconds(read_timeout_sec_, read_timeout_usec_),
+        toMilliseconds(write_timeout_sec_, write_timeout_usec_),
+        [this] { return svr_sock_ != INVALID_SOCKET; } };
+    return serveConnection(sock, nullptr, settings,
+        [this](httplib::Stream &stream, bool last, bool &closed, const RequestSetup &setup) {
+            return process_request(stream, last, closed, setup);
+        });
+}
 
-    auto waitForNextRequest = [&] {
-        using clock = std::chrono::steady_clock;
-        auto deadline = clock::now() + std::chrono::seconds(keep_alive_timeout_sec_);
-        while (svr_sock_ != INVALID_SOCKET) {
-            if (stream.hasBufferedInput() || waitFor(sock, POLLIN, 10))
-                return true;
-            if (clock::now() > deadline)
-                return false;
-        }
+TlsRecordingServer::TlsRecordingServer(X509 *certificate, EVP_PKEY *privateKey)
+    : httplib::SSLServer(certificate, privateKey)
+{ }
+
+bool TlsRecordingServer::process_and_close_socket(socket_t sock)
+{
+    // OpenSSL writes to the socket without MSG_NOSIGNAL: a client that went away must give
+    // this thread an error, not a SIGPIPE that ends the process.
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+
+    // The handshake blocks, bounded by the server's timeouts.
+    ::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) & ~O_NONBLOCK);
+    timeval readTimeout { read_timeout_sec_, static_cast<suseconds_t>(read_timeout_usec_) };
+    timeval writeTimeout { write_timeout_sec_, static_cast<suseconds_t>(write_timeout_usec_) };
+    ::setsockopt(sock, SOL_SOCKET, SO_RCVTIMEO, &readTimeout, sizeof(readTimeout));
+    ::setsockopt(sock, SOL_SOCKET, SO_SNDTIMEO, &writeTimeout, sizeof(writeTimeout));
+
+    ERR_clear_error(); // a failed handshake before, on this thread, left its errors there
+    SSL *ssl = SSL_new(ssl_context());
+    if (!ssl || SSL_set_fd(ssl, sock) != 1 || SSL_accept(ssl) != 1) {
+        // Most often a client that does not trust the certificate and said so with an alert.
+        SSL_free(ssl);
+        ::shutdown(sock, SHUT_RDWR);
+        ::close(sock);
         return false;
-    };
-
-    bool ok = false;
-    for (size_t left = keep_alive_max_count_; left > 0 && waitForNextRequest(); --left) {
-        stream.startRequest();
-        connection.headers.clear();
-        bool closed = false;
-        ok = process_request(stream, left == 1, closed,
-            [&](httplib::Request &) { connection.headers = parseHeaderBlock(stream.captured()); });
-        if (!ok || closed || stream.dropped())
-            break;
     }
-
-    t_connection = nullptr;
-    ::shutdown(sock, SHUT_RDWR);
-    ::close(sock);
+    const ConnectionSettings settings { keep_alive_max_count_, keep_alive_timeout_sec_,
+        toMilliseconds(read_timeout_sec_, read_timeout_usec_),
+        toMilliseconds(write_timeout_sec_, write_timeout_usec_),
+        [this] { return svr_sock_ != INVALID_SOCKET; } };
+    const bool ok = serveConnection(sock, ssl, settings,
+        [this](httplib::Stream &stream, bool last, bool &closed, const RequestSetup &setup) {
+            return process_request(stream, last, closed, setup);
+        });
+    SSL_free(ssl);
     return ok;
 }
 

@@ -3,12 +3,16 @@
 #include "sandbox/BackendApi.h"
 #include "sandbox/BankCatalog.h"
 #include "sandbox/BankPages.h"
+#include "sandbox/Fault.h"
 #include "sandbox/RecordingServer.h"
 #include "sandbox/RequestLog.h"
 #include "sandbox/Router.h"
 #include "sandbox/ScriptBook.h"
+#include "sandbox/TlsIdentity.h"
 #include "sandbox/TransactionStore.h"
 #include "sandbox/WireText.h"
+
+#include <openssl/pem.h>
 
 #include <sys/socket.h>
 
@@ -76,7 +80,11 @@ struct Sandbox::Impl
     void handle(const httplib::Request &request, httplib::Response &response);
     // Sleeps unless the sandbox stops first; false when it is stopping.
     bool pause(std::chrono::milliseconds delay);
-    std::string origin() const { return "http://127.0.0.1:" + std::to_string(port.load()); }
+    std::string origin() const
+    {
+        return (https ? "https://127.0.0.1:" : "http://127.0.0.1:") + std::to_string(port.load());
+    }
+    int start(std::unique_ptr<httplib::Server> server, int port);
 
     RequestLog log;
     ScriptBook scripts;
@@ -87,9 +95,10 @@ struct Sandbox::Impl
     Router apiRouter; // paths under kBasePath
     Router pageRouter; // every other path: the bank's pages
 
-    std::unique_ptr<RecordingServer> server;
+    std::unique_ptr<httplib::Server> server;
     std::thread thread;
     std::atomic<int> port = 0;
+    std::atomic<bool> https = false;
 
     std::mutex stopMutex;
     std::condition_variable stopSignal;
@@ -138,8 +147,22 @@ void Sandbox::Impl::handle(const httplib::Request &request, httplib::Response &r
         }
     }
 
+    // Every fault is chosen here, by the request's token, whatever the endpoint.
+    const std::optional<Fault> fault = underBase ? Fault::forRequest(recorded) : std::nullopt;
+    if (fault && fault->delay().count() > 0 && !pause(fault->delay())) {
+        RecordingServer::dropCurrentConnection();
+        return;
+    }
+    if (fault && fault->resetsBeforeReply()) {
+        Reply none;
+        fault->apply(none);
+        return;
+    }
+
     Reply reply = underBase ? apiRouter.dispatch(request.method, endpoint, recorded)
                             : pageRouter.dispatch(request.method, pagePath(recorded.path), recorded);
+    if (fault)
+        fault->apply(reply);
     response.status = reply.status;
     for (const auto &[name, value] : reply.headers)
         response.set_header(name, value);
@@ -165,11 +188,38 @@ int Sandbox::start(int port)
 {
     if (d->server)
         return d->port;
+    d->https = false;
+    return d->start(std::make_unique<RecordingServer>(), port);
+}
 
-    auto server = std::make_unique<RecordingServer>();
-    auto handler = [impl = d.get()](const httplib::Request &request, httplib::Response &response) {
-        impl->handle(request, response);
+int Sandbox::startHttps(const TlsIdentity &identity, int port)
+{
+    if (d->server)
+        return d->port;
+    auto read = [](const std::string &pem) {
+        return std::unique_ptr<BIO, decltype(&BIO_free)>(
+            BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())), &BIO_free);
     };
+    auto certBio = read(identity.certificatePem);
+    auto keyBio = read(identity.privateKeyPem);
+    std::unique_ptr<X509, decltype(&X509_free)> cert(
+        certBio ? PEM_read_bio_X509(certBio.get(), nullptr, nullptr, nullptr) : nullptr, &X509_free);
+    std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
+        keyBio ? PEM_read_bio_PrivateKey(keyBio.get(), nullptr, nullptr, nullptr) : nullptr, &EVP_PKEY_free);
+    if (!cert || !key)
+        return 0;
+    // The server's TLS context keeps its own references to both.
+    auto server = std::make_unique<TlsRecordingServer>(cert.get(), key.get());
+    if (!server->is_valid())
+        return 0;
+    d->https = true;
+    return d->start(std::move(server), port);
+}
+
+int Sandbox::Impl::start(std::unique_ptr<httplib::Server> server, int port)
+{
+    auto handler
+        = [this](const httplib::Request &request, httplib::Response &response) { handle(request, response); };
     const std::string any = ".*";
     server->Get(any, handler).Post(any, handler).Put(any, handler).Patch(any, handler).Delete(any, handler);
     server->Options(any, handler);
@@ -189,11 +239,11 @@ int Sandbox::start(int port)
         return 0;
 
     {
-        std::lock_guard lock(d->stopMutex);
-        d->stopping = false;
+        std::lock_guard lock(stopMutex);
+        stopping = false;
     }
     auto finished = std::make_shared<std::atomic<bool>>(false);
-    d->thread = std::thread([s = server.get(), finished] {
+    thread = std::thread([s = server.get(), finished] {
         s->listen_after_bind();
         *finished = true;
     });
@@ -201,11 +251,11 @@ int Sandbox::start(int port)
     while (!server->is_running() && !*finished)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     if (*finished) {
-        d->thread.join();
+        thread.join();
         return 0;
     }
-    d->server = std::move(server);
-    d->port = bound;
+    this->server = std::move(server);
+    this->port = bound;
     return bound;
 }
 

@@ -9,6 +9,8 @@
 
 namespace kovena::sandbox {
 
+struct TlsIdentity;
+
 // One request as it reached the sandbox.
 struct RecordedRequest
 {
@@ -58,9 +60,12 @@ public:
 
     // Listens on 127.0.0.1; port 0 picks a free one. Returns the port, or 0 on failure.
     int start(int port = 0);
+    // The same over HTTPS, presenting `identity` (see TlsIdentity::selfSigned()). Returns 0
+    // also when the certificate and key do not fit together.
+    int startHttps(const TlsIdentity &identity, int port = 0);
     void stop();
     int port() const;
-    // "http://127.0.0.1:<port>/KoVena/"
+    // "http://127.0.0.1:<port>/KoVena/", or "https://..." once started with startHttps().
     std::string baseUrl() const;
 
     // Appends every request, as one JSON object per line, to this file ("" stops).

@@ -1,5 +1,6 @@
 // kovena-sandbox: serves the local backend until SIGINT or SIGTERM.
 #include "sandbox/Sandbox.h"
+#include "sandbox/TlsIdentity.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -12,9 +13,11 @@ namespace {
 
 void usage(std::ostream &out)
 {
-    out << "usage: kovena-sandbox [--port N] [--record FILE]\n"
+    out << "usage: kovena-sandbox [--port N] [--record FILE] [--https CERT]\n"
            "  --port N       port on 127.0.0.1 (default 8080; 0 picks a free port)\n"
-           "  --record FILE  append every request to FILE as one JSON object per line\n";
+           "  --record FILE  append every request to FILE as one JSON object per line\n"
+           "  --https CERT   serve HTTPS with a new self-signed certificate, written to CERT\n"
+           "                 (PEM) for clients to trust; its key never leaves the process\n";
 }
 
 bool parsePort(const std::string &text, int &port)
@@ -31,6 +34,7 @@ int main(int argc, char **argv)
 {
     int port = 8080;
     std::string recordFile;
+    std::string certificateFile;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         std::string value;
@@ -44,7 +48,7 @@ int main(int argc, char **argv)
             usage(std::cout);
             return 0;
         }
-        if (arg != "--port" && arg != "--record") {
+        if (arg != "--port" && arg != "--record" && arg != "--https") {
             std::cerr << "kovena-sandbox: unknown option " << arg << '\n';
             usage(std::cerr);
             return 2;
@@ -62,6 +66,8 @@ int main(int argc, char **argv)
         }
         if (arg == "--record")
             recordFile = value;
+        if (arg == "--https")
+            certificateFile = value;
     }
 
     // Block the stop signals before any server thread exists, so only sigwait below sees them.
@@ -80,7 +86,19 @@ int main(int argc, char **argv)
         }
         sandbox.setRecordFile(recordFile);
     }
-    if (sandbox.start(port) == 0) {
+    int bound = 0;
+    if (certificateFile.empty()) {
+        bound = sandbox.start(port);
+    } else {
+        const auto identity = kovena::sandbox::TlsIdentity::selfSigned();
+        std::ofstream certificate(certificateFile, std::ios::trunc);
+        if (identity.certificatePem.empty() || !(certificate << identity.certificatePem << std::flush)) {
+            std::cerr << "kovena-sandbox: cannot write the certificate to " << certificateFile << '\n';
+            return 1;
+        }
+        bound = sandbox.startHttps(identity, port);
+    }
+    if (bound == 0) {
         std::cerr << "kovena-sandbox: cannot listen on 127.0.0.1:" << port << '\n';
         return 1;
     }

@@ -16,6 +16,37 @@ namespace kovena {
 
 namespace {
 
+// No reply of the backend nests more than a few levels. A far deeper one is refused before its
+// tree is built: the parser copies an object's members, recursively, each time the object
+// grows, and a tree 100 000 levels deep would overflow the session thread's stack there.
+constexpr int kMaxReplyDepth = 512;
+
+struct TooDeep
+{
+};
+
+// The reply body as JSON, or nullopt with what was wrong in `fault`: the position and kind of
+// the fault, never the body's text.
+std::optional<JsonValue> decode(const QByteArray &body, std::string &fault)
+{
+    const auto limitDepth = [](int depth, JsonValue::parse_event_t, JsonValue &) {
+        if (depth > kMaxReplyDepth)
+            throw TooDeep();
+        return true;
+    };
+    try {
+        return JsonValue::parse(body.constBegin(), body.constEnd(), limitDepth);
+    } catch (const JsonValue::parse_error &e) {
+        fault = "parse error " + std::to_string(e.id) + " at byte " + std::to_string(e.byte);
+    } catch (const JsonValue::out_of_range &e) {
+        // A number beyond the range of a double.
+        fault = "number out of range, error " + std::to_string(e.id);
+    } catch (const TooDeep &) {
+        fault = "nested deeper than " + std::to_string(kMaxReplyDepth) + " levels";
+    }
+    return std::nullopt;
+}
+
 std::optional<QByteArray> encodeBody(const char *operation, const JsonValue &body)
 {
     try {
@@ -69,22 +100,15 @@ void ApiRequest::handleReply(
         return;
     }
 
-    JsonValue reply;
-    try {
-        reply = JsonValue::parse(result.body->constBegin(), result.body->constEnd());
-    } catch (const JsonValue::exception &e) {
-        // Malformed text is a parse_error; a number beyond a double's range ("1e400") is an
-        // out_of_range. Either way the body does not decode.
+    std::string fault;
+    const std::optional<JsonValue> decoded = decode(*result.body, fault);
+    if (!decoded) {
         handlers.failure();
-        // The position and kind of the fault, never the body's text (which e.what() may quote).
-        if (const auto *parseError = dynamic_cast<const JsonValue::parse_error *>(&e))
-            qCWarning(lcApi, "%s: reply is not valid JSON (parse error %d at byte %zu)", operation, e.id,
-                parseError->byte);
-        else
-            qCWarning(lcApi, "%s: reply is not valid JSON (error %d)", operation, e.id);
+        qCWarning(lcApi, "%s: reply is not valid JSON (%s)", operation, fault.c_str());
         return;
     }
 
+    const JsonValue &reply = *decoded;
     if (!reply.is_object())
         fatalError("a backend reply is not a JSON object");
 

@@ -21,6 +21,7 @@ bool isHttpStatusError(QNetworkReply::NetworkError error)
     case QNetworkReply::ContentOperationNotPermittedError:
     case QNetworkReply::ContentNotFoundError:
     case QNetworkReply::AuthenticationRequiredError:
+    case QNetworkReply::ProxyAuthenticationRequiredError:
     case QNetworkReply::ContentConflictError:
     case QNetworkReply::ContentGoneError:
     case QNetworkReply::UnknownContentError:

@@ -1,4 +1,6 @@
 // The sandbox program, run as a separate process.
+#include "SandboxClient.h"
+
 #include <QProcess>
 #include <QStringList>
 
@@ -10,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <regex>
 #include <unistd.h>
 
@@ -58,9 +61,45 @@ TEST(SandboxProgram, ServesOnAFreePortRecordsAndStopsOnSignal)
     }
 }
 
+TEST(SandboxProgram, ServesHttpsWithTheCertificateItWritesOut)
+{
+    const std::string certificateFile
+        = ::testing::TempDir() + "sandbox-certificate-" + std::to_string(::getpid()) + ".pem";
+    QProcess process;
+    process.start(kProgram,
+        { QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--https"),
+            QString::fromStdString(certificateFile) });
+    ASSERT_TRUE(process.waitForStarted());
+    while (!process.canReadLine() && process.waitForReadyRead(10000)) { }
+    const std::string line = process.readLine().toStdString();
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(
+        line, match, std::regex(R"(kovena-sandbox listening on https://127\.0\.0\.1:(\d+)/KoVena/\n)")))
+        << line;
+
+    std::ifstream file(certificateFile);
+    const std::string pem((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    std::remove(certificateFile.c_str());
+    EXPECT_EQ(pem.rfind("-----BEGIN CERTIFICATE-----", 0), 0u);
+    EXPECT_EQ(pem.find("PRIVATE KEY"), std::string::npos) << "the key stays in the process";
+
+    httplib::SSLClient client("127.0.0.1", std::stoi(match[1]));
+    client.set_ca_cert_store(storeTrusting(pem));
+    client.enable_server_certificate_verification(true);
+    auto reply = client.Post("/KoVena/v1/sdk/txn/1/false/2", { { "Authorization", "Bearer t" } },
+        R"({"kovenaRefNumber":"43","transactionRefNumber":"","txnOtp":""})",
+        "application/json;charset=UTF-8");
+    ASSERT_TRUE(reply) << httplib::to_string(reply.error());
+    EXPECT_EQ(nlohmann::json::parse(reply->body)["data"]["paymentStatus"], 2);
+
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(10000));
+    EXPECT_EQ(process.exitCode(), 0);
+}
+
 TEST(SandboxProgram, RejectsBadArguments)
 {
-    for (const char *args : { "--port abc", "--port 70000", "--port", "--colour" }) {
+    for (const char *args : { "--port abc", "--port 70000", "--port", "--colour", "--https" }) {
         QProcess process;
         process.start(kProgram, QString::fromLatin1(args).split(QLatin1Char(' ')));
         ASSERT_TRUE(process.waitForFinished(10000));

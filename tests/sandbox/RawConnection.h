@@ -6,6 +6,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <string>
 
 namespace kovena::sandbox::test {
@@ -37,21 +38,25 @@ public:
             && ::send(m_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
     }
 
-    // Reads until the peer closes; `closed` is false when the read timed out instead.
+    // Reads until the peer closes; `closed` is false when the read timed out instead, or when
+    // the peer reset the connection (then wasReset() is true).
     std::string readToEnd(bool &closed)
     {
         std::string received;
-        char buffer[4096];
+        char buffer[65536];
         ssize_t n;
         while ((n = ::recv(m_fd, buffer, sizeof(buffer), 0)) > 0)
             received.append(buffer, static_cast<size_t>(n));
         closed = n == 0;
+        m_reset = n < 0 && errno == ECONNRESET;
         return received;
     }
+    bool wasReset() const { return m_reset; }
 
 private:
     int m_fd;
     bool m_connected = false;
+    bool m_reset = false;
 };
 
 } // namespace kovena::sandbox::test

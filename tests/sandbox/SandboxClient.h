@@ -4,12 +4,27 @@
 
 #include <httplib.h>
 #include <nlohmann/json.hpp>
+#include <openssl/pem.h>
+#include <openssl/x509.h>
 
 #include <gtest/gtest.h>
 
 #include <ctime>
 
 namespace kovena::sandbox::test {
+
+// A certificate store holding only `certificatePem`, for an HTTPS client to trust; the client
+// it is given to takes ownership.
+inline X509_STORE *storeTrusting(const std::string &certificatePem)
+{
+    BIO *bio = BIO_new_mem_buf(certificatePem.data(), static_cast<int>(certificatePem.size()));
+    X509 *certificate = PEM_read_bio_X509(bio, nullptr, nullptr, nullptr);
+    BIO_free(bio);
+    X509_STORE *store = X509_STORE_new();
+    EXPECT_TRUE(certificate && X509_STORE_add_cert(store, certificate) == 1);
+    X509_free(certificate);
+    return store;
+}
 
 // A started sandbox and a plain HTTP client that speaks to it as the library would.
 class SandboxTest : public ::testing::Test
