@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -45,6 +46,9 @@ void RecordingCallback::record(Answer answer)
 }
 
 namespace {
+
+// The deepest nesting the common path decodes; a deeper reply is refused as undecodable.
+constexpr int kMaxReplyDepth = 512;
 
 const QString &retryKey()
 {
@@ -165,8 +169,13 @@ int fuzzReply(const ReplyTarget &target, const std::uint8_t *data, std::size_t s
     const bool stopped = handle(target, { body, std::nullopt }, callback);
 
     // The same parser, without exceptions, to say which branch of the common path the body takes.
-    const JsonValue decoded = JsonValue::parse(data, data + size, nullptr, false);
-    const bool decodes = !decoded.is_discarded();
+    int depth = 0;
+    const auto measureDepth = [&depth](int level, JsonValue::parse_event_t, JsonValue &) {
+        depth = std::max(depth, level);
+        return true;
+    };
+    const JsonValue decoded = JsonValue::parse(data, data + size, measureDepth, false);
+    const bool decodes = !decoded.is_discarded() && depth <= kMaxReplyDepth;
     const bool reachesOperation = decoded.is_object() && !isString(member(decoded, "error"), nullptr);
     const std::vector<RecordingCallback::Call> &calls = callback->calls();
 
