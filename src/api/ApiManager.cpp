@@ -2,14 +2,10 @@
 
 #include "api/AccessToken.h"
 #include "api/ApiRequest.h"
-#include "api/Callbacks.h"
 #include "api/Constants.h"
-#include "api/RequiredMember.h"
+#include "api/ReplyHandling.h"
 #include "api/ServerUrl.h"
 #include "api/StoredFields.h"
-#include "model/BankNB.h"
-#include "model/TransactionStatus.h"
-#include "model/UPIResponse.h"
 #include "platform/FatalError.h"
 
 namespace kovena {
@@ -47,44 +43,6 @@ void addCustomerFields(JsonValue &body, const CustomerFields &customer)
     body[key(Constants::PG::CUSTOMER_EMAIL())] = text(customer.customerEmail);
 }
 
-// Where a card or net-banking reply's "data" is read: a card reply must carry it even when it
-// declines, a net-banking reply only once it succeeds.
-enum class PaymentData { ReadBeforeCode, ReadAfterCode };
-
-// The card and net-banking replies: the bank page's address and form body, and the backend's
-// transaction id, or three empty strings for a declined payment.
-void answerPaymentParams(
-    PaymentCallback &callback, const JsonValue &object, PaymentData dataRead, const char *reply)
-{
-    const QString responseCode = RequiredMember::string(object, "responseCode", reply);
-    const JsonValue *data
-        = dataRead == PaymentData::ReadBeforeCode ? &RequiredMember::object(object, "data", reply) : nullptr;
-    if (responseCode != Constants::PG::PG_SUCCESS()) {
-        callback.getPaymentParams(QString(), QString(), QString());
-        return;
-    }
-    if (!data)
-        data = &RequiredMember::object(object, "data", reply);
-    // The payment is registered: any later payment request of this checkout is a retry.
-    StoredFields::markRetry();
-    const JsonValue &paymentData = RequiredMember::object(*data, "paymentData", reply);
-    const qint64 kovenaTransactionId = RequiredMember::int64(*data, "kovenaTransactionId", reply);
-    const QString url = RequiredMember::string(paymentData, "url", reply);
-    const QString postParams = RequiredMember::string(paymentData, "data", reply);
-    callback.getPaymentParams(url, postParams, QString::number(kovenaTransactionId));
-}
-
-ReplyHandlers paymentParamsHandlers(
-    const std::shared_ptr<PaymentCallback> &callback, PaymentData dataRead, const char *reply)
-{
-    ReplyHandlers handlers;
-    handlers.failure = [callback] { callback->getPaymentParams(QString(), QString(), QString()); };
-    handlers.success = [callback, dataRead, reply](const JsonValue &object) {
-        answerPaymentParams(*callback, object, dataRead, reply);
-    };
-    return handlers;
-}
-
 } // namespace
 
 bool ApiManager::setServerUrl(const QString &url)
@@ -105,18 +63,8 @@ DataTaskPtr ApiManager::getTransactionStatus(std::shared_ptr<TransactionStatusCa
     body[key(Constants::PG::PARAM_TXN_REF_NUM())] = text(transactionRefNumber);
     body[key(Constants::PG::PARAM_TXN_OTP())] = "";
 
-    ReplyHandlers handlers;
-    handlers.failure = [callback] { callback->getTransactionStatus(nullptr); };
-    handlers.success = [callback](const JsonValue &reply) {
-        std::shared_ptr<TransactionStatus> record = TransactionStatus::fromDictionary(&reply);
-        if (!record || !record->responseCode
-            || *record->responseCode != Constants::PG::PG_TXN_STATUS_SUCCESS()) {
-            callback->getTransactionStatus(nullptr);
-            return;
-        }
-        callback->getTransactionStatus(std::move(record));
-    };
-    return ApiRequest::post("transaction status", url, token, body, std::move(handlers));
+    return ApiRequest::post(
+        ReplyHandling::TRANSACTION_STATUS, url, token, body, ReplyHandling::transactionStatus(callback));
 }
 
 DataTaskPtr ApiManager::payUPICollect(std::shared_ptr<UPICalback1> callback,
@@ -138,26 +86,8 @@ DataTaskPtr ApiManager::payUPICollect(std::shared_ptr<UPICalback1> callback,
     body[key(Constants::PG::REQUEST_ID())] = text(stored.requestId);
     addCustomerFields(body, customer);
 
-    static constexpr const char *reply = "UPI payment reply";
-    ReplyHandlers handlers;
-    handlers.failure = [callback] { callback->upiCallback1(QString(), QString()); };
-    handlers.success = [callback](const JsonValue &object) {
-        const QString responseCode = RequiredMember::string(object, "responseCode", reply);
-        if (responseCode != Constants::PG::PG_SUCCESS()) {
-            callback->upiCallback1(QString(), QString());
-            return;
-        }
-        const JsonValue &data = RequiredMember::object(object, "data", reply);
-        // The payment is registered: any later payment request of this checkout is a retry.
-        StoredFields::markRetry();
-        const JsonValue &refNumResponse = RequiredMember::object(data, "getRequestRefNumResponse", reply);
-        const qint64 kovenaTransactionId = RequiredMember::int64(data, "kovenaTransactionId", reply);
-        const QString merchantTransactionRef
-            = RequiredMember::string(refNumResponse, "merchantTransactionRef", reply);
-        callback->upiCallback1(QString::number(kovenaTransactionId), merchantTransactionRef);
-    };
-    return ApiRequest::post(
-        "UPI payment", Constants::ApiUrls::PAY_FOR_SERVICE_URL(), token, body, std::move(handlers));
+    return ApiRequest::post(ReplyHandling::UPI_PAYMENT, Constants::ApiUrls::PAY_FOR_SERVICE_URL(), token,
+        body, ReplyHandling::upiPayment(callback));
 }
 
 DataTaskPtr ApiManager::payUPICollectByVPA(std::shared_ptr<UPICalback1> callback,
@@ -179,18 +109,8 @@ DataTaskPtr ApiManager::payUPICollectByVPA(std::shared_ptr<UPICalback1> callback
     body[key(Constants::PG::COLLECTOR_ID())] = text(collectorId);
     addCustomerFields(body, customer);
 
-    ReplyHandlers handlers;
-    handlers.failure = [callback] { callback->upiCallback2(nullptr); };
-    handlers.success = [callback](const JsonValue &object) {
-        std::shared_ptr<UPIResponse> record = UPIResponse::fromDictionary(&object);
-        if (!record || record->responseCode != Constants::PG::PG_SUCCESS()) {
-            callback->upiCallback2(nullptr);
-            return;
-        }
-        callback->upiCallback2(std::move(record));
-    };
-    return ApiRequest::post(
-        "UPI collect request", Constants::ApiUrls::URL_COLLECT_VPA(), token, body, std::move(handlers));
+    return ApiRequest::post(ReplyHandling::UPI_COLLECT, Constants::ApiUrls::URL_COLLECT_VPA(), token, body,
+        ReplyHandling::upiCollect(callback));
 }
 
 DataTaskPtr ApiManager::payCard(std::shared_ptr<PaymentCallback> callback,
@@ -223,8 +143,8 @@ DataTaskPtr ApiManager::payCard(std::shared_ptr<PaymentCallback> callback,
     body[key(Constants::PG::RETRY())] = stored.retry;
     body[key(Constants::PG::PG_BANK_ACCOUNT())] = std::move(bankAccount);
 
-    return ApiRequest::post("card payment", Constants::ApiUrls::PAY_FOR_SERVICE_URL(), token, body,
-        paymentParamsHandlers(callback, PaymentData::ReadBeforeCode, "card payment reply"));
+    return ApiRequest::post(ReplyHandling::CARD_PAYMENT, Constants::ApiUrls::PAY_FOR_SERVICE_URL(), token,
+        body, ReplyHandling::cardPayment(callback));
 }
 
 DataTaskPtr ApiManager::payNB(std::shared_ptr<PaymentCallback> callback,
@@ -248,8 +168,8 @@ DataTaskPtr ApiManager::payNB(std::shared_ptr<PaymentCallback> callback,
     body[key(Constants::PG::RETRY())] = stored.retry;
     body[key(Constants::PG::CUSTOMER_EMAIL())] = text(customer.customerEmail);
 
-    return ApiRequest::post("net-banking payment", Constants::ApiUrls::PAY_FOR_SERVICE_URL(), token, body,
-        paymentParamsHandlers(callback, PaymentData::ReadAfterCode, "net-banking payment reply"));
+    return ApiRequest::post(ReplyHandling::NET_BANKING_PAYMENT, Constants::ApiUrls::PAY_FOR_SERVICE_URL(),
+        token, body, ReplyHandling::netBankingPayment(callback));
 }
 
 DataTaskPtr ApiManager::callApiNBList(std::shared_ptr<GetNBListCallback> callback)
@@ -262,17 +182,8 @@ DataTaskPtr ApiManager::callApiNBList(std::shared_ptr<GetNBListCallback> callbac
     JsonValue body = JsonValue::object();
     body[""] = "";
 
-    ReplyHandlers handlers;
-    handlers.failure = [callback] { callback->getNBList({}); };
-    // No reply code is checked: any reply whose "data" reads is the list.
-    handlers.success = [callback](const JsonValue &object) {
-        const std::shared_ptr<BankNB> record = BankNB::fromDictionary(object);
-        if (!record->data)
-            fatalError("bank list reply: member \"data\" is missing");
-        callback->getNBList(*record->data);
-    };
-    return ApiRequest::post(
-        "bank list", Constants::ApiUrls::GET_NB_BANK_LIST_URL(), token, body, std::move(handlers));
+    return ApiRequest::post(ReplyHandling::BANK_LIST, Constants::ApiUrls::GET_NB_BANK_LIST_URL(), token, body,
+        ReplyHandling::bankList(callback));
 }
 
 } // namespace kovena

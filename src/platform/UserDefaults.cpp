@@ -216,8 +216,11 @@ bool UserDefaults::saveLocked()
         return true;
     // JSON's own string, boolean and number types keep the three kinds apart on disk.
     QJsonObject root;
-    for (const auto &[key, value] : m_values)
-        std::visit([&root, &key](const auto &v) { root.insert(key, QJsonValue(v)); }, value);
+    // Not a structured binding: clang before 16 cannot capture one in a lambda.
+    for (const auto &entry : m_values) {
+        const QString &key = entry.first;
+        std::visit([&root, &key](const auto &v) { root.insert(key, QJsonValue(v)); }, entry.second);
+    }
 
     QSaveFile file(m_filePath);
     if (!file.open(QIODevice::WriteOnly)) {
