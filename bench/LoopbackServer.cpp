@@ -38,7 +38,8 @@ std::size_t contentLength(const std::string &headers)
 
 } // namespace
 
-LoopbackServer::LoopbackServer(std::string body)
+LoopbackServer::LoopbackServer(std::string body, std::chrono::milliseconds delay)
+    : m_delay(delay)
 {
     m_reply = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: keep-alive\r\n"
               "Content-Length: "
@@ -124,6 +125,7 @@ void LoopbackServer::serve(int connection)
             m_lastRequest = pending.substr(0, total);
         }
         pending.erase(0, total);
+        std::this_thread::sleep_for(m_delay);
         if (!sendAll(connection, m_reply))
             return void(::close(connection));
         m_lastByte = std::chrono::steady_clock::now().time_since_epoch().count();

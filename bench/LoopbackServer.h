@@ -16,7 +16,8 @@ namespace kovena::bench {
 class LoopbackServer
 {
 public:
-    explicit LoopbackServer(std::string body);
+    // Each reply goes out `delay` after its request arrived, as from a backend across a network.
+    explicit LoopbackServer(std::string body, std::chrono::milliseconds delay = {});
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer &) = delete;
     LoopbackServer &operator=(const LoopbackServer &) = delete;
@@ -33,6 +34,7 @@ private:
     void serve(int connection);
 
     std::string m_reply;
+    std::chrono::milliseconds m_delay;
     int m_listener = -1;
     int m_port = 0;
     std::atomic<bool> m_stopping { false };

@@ -48,7 +48,10 @@ SentRequest parseRequest(const std::string &raw)
 
 int replyFigure(const Options &options)
 {
-    LoopbackServer server(fixtures::fullStatusReply().dump());
+    // A backend across a network answers after the status screen has been drawn; on loopback
+    // without a delay the reply would land while the main thread still paints it, and the
+    // figure would time that paint rather than the reply's path.
+    LoopbackServer server(fixtures::fullStatusReply().dump(), std::chrono::milliseconds(30));
     const QString base = u"http://127.0.0.1:%1/KoVena/"_s.arg(server.port());
     if (!ApiManager::setServerUrl(base))
         return 1;
