@@ -5,6 +5,9 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QTimer>
+
+#include <chrono>
 
 namespace kovena {
 
@@ -35,6 +38,8 @@ bool isHttpStatusError(QNetworkReply::NetworkError error)
         return false;
     }
 }
+
+constexpr std::chrono::milliseconds kNoProgressTimeout { 60000 };
 
 QString sessionClosedError()
 {
@@ -93,6 +98,29 @@ void SessionDataTask::startOnSessionThread()
     m_session->taskStarted(shared_from_this());
     QObject::connect(
         m_reply, &QNetworkReply::finished, m_reply, [self = shared_from_this()] { self->onReplyFinished(); });
+    watchProgress();
+}
+
+void SessionDataTask::watchProgress()
+{
+    // Qt's own transfer timeout re-arms its timer with a queued call for every bit of progress,
+    // which cost a status enquiry on loopback a noticeable part of its time. Here progress only
+    // notes the time, and one timer looks at it when it runs out. The connections die with the
+    // reply, which the task outlives.
+    m_sinceProgress.start();
+    auto *timer = new QTimer(m_reply);
+    timer->setSingleShot(true);
+    const auto progressed = [this] { m_sinceProgress.restart(); };
+    QObject::connect(m_reply, &QNetworkReply::uploadProgress, timer, progressed);
+    QObject::connect(m_reply, &QNetworkReply::downloadProgress, timer, progressed);
+    QObject::connect(timer, &QTimer::timeout, m_reply, [this, timer] {
+        const qint64 left = kNoProgressTimeout.count() - m_sinceProgress.elapsed();
+        if (left > 0)
+            timer->start(int(left));
+        else if (!m_finished.load() && m_reply->isRunning())
+            m_reply->abort(); // finished() follows, with an error
+    });
+    timer->start(kNoProgressTimeout);
 }
 
 void SessionDataTask::cancelOnSessionThread()

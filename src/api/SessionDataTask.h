@@ -2,6 +2,7 @@
 
 #include "api/DataTask.h"
 
+#include <QElapsedTimer>
 #include <QNetworkRequest>
 
 #include <atomic>
@@ -16,8 +17,8 @@ namespace kovena {
 class UrlSession;
 
 // A data task of the UrlSession. It is created suspended; resume() hands it to the session
-// thread. It completes exactly once, on the session thread, however resume(), cancel(), the
-// reply and the session's shutdown interleave.
+// thread. 60 s without progress (nothing sent or received) ends it with an error. It completes exactly once,
+// on the session thread, however resume(), cancel(), the reply and the session's shutdown interleave.
 class SessionDataTask final : public DataTask, public std::enable_shared_from_this<SessionDataTask>
 {
 public:
@@ -41,6 +42,7 @@ private:
     void startOnSessionThread();
     void cancelOnSessionThread();
     void onReplyFinished();
+    void watchProgress();
     void complete(DataTaskResult result);
 
     std::shared_ptr<UrlSession> m_session;
@@ -53,6 +55,7 @@ private:
     std::atomic<bool> m_cancelRequested { false };
     std::atomic<bool> m_finished { false };
     QNetworkReply *m_reply = nullptr; // session thread only
+    QElapsedTimer m_sinceProgress; // session thread only
 };
 
 } // namespace kovena

@@ -96,7 +96,6 @@ bool UrlSession::isSessionThread()
 QNetworkRequest UrlSession::makeRequest(const QUrl &url)
 {
     QNetworkRequest request(url);
-    request.setTransferTimeout(60000);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);

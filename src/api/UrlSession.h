@@ -33,9 +33,9 @@ public:
     static void shutdownShared();
     // True on the thread that runs the session's tasks and completions.
     static bool isSessionThread();
-    // A request for `url` with the session's defaults: 60 s without progress ends it, redirects
-    // only within the same origin (so the credentials never reach another host), and no
-    // cookies kept or sent.
+    // A request for `url` with the session's defaults: redirects only within the same origin
+    // (so the credentials never reach another host), and no cookies kept or sent. Each task
+    // ends itself after 60 s without progress (SessionDataTask).
     static QNetworkRequest makeRequest(const QUrl &url);
 
     ~UrlSession();

@@ -200,11 +200,16 @@ void CardViewController::numberEdited()
     tfCardNumber->setText(*shown);
     tfCardNumber->end(false);
     card = QString(tfCardNumber->text()).remove(u'-');
+    // Decoding the image and relaying out the label on every key cost more than the rest of
+    // the keystroke: the icon is only replaced when the scheme changes.
     const QString icon = cardUtils.getCardIssuerIcon(tfCardNumber->text());
-    if (icon.isEmpty())
-        iconCardIssuer->clear();
-    else
-        iconCardIssuer->setPixmap(kovenaImage(icon));
+    if (icon != m_issuerIconShown) {
+        m_issuerIconShown = icon;
+        if (icon.isEmpty())
+            iconCardIssuer->clear();
+        else
+            iconCardIssuer->setPixmap(kovenaImage(icon));
+    }
     limitLength = cardUtils.getCvvLength(card);
     refreshProceed();
 }
@@ -295,7 +300,9 @@ void CardViewController::refreshProceed()
 
 void CardViewController::paintProceed(const std::optional<QColor> &background)
 {
-    if (!background)
+    // Setting a palette propagates it through the button on every key; the proceed state
+    // changes a few times per card at most.
+    if (!background || btnProceed->palette().color(QPalette::Button) == *background)
         return;
     QPalette palette = btnProceed->palette();
     palette.setColor(QPalette::Button, *background);

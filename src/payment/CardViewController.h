@@ -105,6 +105,8 @@ private:
     QString m_cvvBefore;
     // The text the number field shows in place of the edit just accepted.
     std::optional<QString> m_numberToShow;
+    // The scheme icon's file name the issuer label shows ("" for none).
+    QString m_issuerIconShown;
 };
 
 } // namespace kovena

@@ -9,9 +9,11 @@
 #include <QJsonObject>
 #include <QMutexLocker>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QStandardPaths>
+#include <QTemporaryFile>
 
+#include <cerrno>
+#include <cstdio>
 #include <memory>
 
 namespace kovena {
@@ -222,16 +224,24 @@ bool UserDefaults::saveLocked()
         std::visit([&root, &key](const auto &v) { root.insert(key, QJsonValue(v)); }, entry.second);
     }
 
-    QSaveFile file(m_filePath);
-    if (!file.open(QIODevice::WriteOnly)) {
+    // A new file that replaces the old one in a single rename: a crash leaves the old store or
+    // the new one, never a torn file. It is not flushed to the device first, as QSaveFile
+    // would: a checkout changes the store several times on the GUI thread while its first
+    // screen is built, and each flush waited for the disk (milliseconds apiece on a busy
+    // machine). The values are the merchant's and are given again with every checkout.
+    QTemporaryFile file(m_filePath + QStringLiteral(".XXXXXX"));
+    const QByteArray text = QJsonDocument(root).toJson(QJsonDocument::Indented);
+    if (!file.open() || file.write(text) != text.size() || !file.flush()) {
         qCWarning(lcKovena) << "cannot write the user defaults file" << m_filePath << file.errorString();
         return false;
     }
-    file.write(QJsonDocument(root).toJson(QJsonDocument::Indented));
-    if (!file.commit()) {
-        qCWarning(lcKovena) << "cannot save the user defaults file" << m_filePath << file.errorString();
+    file.close();
+    if (::rename(QFile::encodeName(file.fileName()).constData(), QFile::encodeName(m_filePath).constData())
+        != 0) {
+        qCWarning(lcKovena) << "cannot save the user defaults file" << m_filePath << qt_error_string(errno);
         return false;
     }
+    file.setAutoRemove(false);
     return true;
 }
 
