@@ -8,8 +8,10 @@
 #include <QHash>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -137,6 +139,30 @@ bool isIssuer(const QString &issuer, QStringView constant)
     fatalError(what.c_str());
 }
 
+// The last few answers of a pure lookup on one thread, the newest first: a keystroke asks about
+// the same few texts again and again.
+template<typename Value> class RecentAnswers
+{
+public:
+    const Value *find(const QString &key) const
+    {
+        for (const auto &entry : m_entries) {
+            if (entry && entry->first == key)
+                return &entry->second;
+        }
+        return nullptr;
+    }
+
+    void remember(const QString &key, Value value)
+    {
+        std::rotate(m_entries.begin(), m_entries.end() - 1, m_entries.end());
+        m_entries.front().emplace(key, std::move(value));
+    }
+
+private:
+    std::array<std::optional<std::pair<QString, Value>>, 4> m_entries;
+};
+
 } // namespace
 
 CardUtils::CardUtils(Today today)
@@ -156,14 +182,24 @@ const QList<CreditCardValidationType> &CardUtils::types() const
 
 QString CardUtils::getCardIssuer(const QString &cardNumber) const
 {
+    // One keystroke asks for the issuer of the same number several times (the field, the icon,
+    // the CVV length, the proceed state), with and without its dashes.
+    thread_local RecentAnswers<QString> recent;
+    if (const QString *known = recent.find(cardNumber))
+        return *known;
+
+    QString issuer;
     const QString subject = cardrules::issuerSearchText(cardNumber);
     const auto &compiled = compiledIssuerRules();
     for (std::size_t i = 0; i < compiled.size(); ++i) {
         // A pattern the engine rejects is skipped, as if it had not matched.
-        if (compiled[i].isValid() && compiled[i].match(subject).hasMatch())
-            return cardrules::issuerRules[i].issuer.toString();
+        if (compiled[i].isValid() && compiled[i].match(subject).hasMatch()) {
+            issuer = cardrules::issuerRules[i].issuer.toString();
+            break;
+        }
     }
-    return QString();
+    recent.remember(cardNumber, issuer);
+    return issuer;
 }
 
 QString CardUtils::getCardIssuerIcon(const QString &cardNumber) const
@@ -189,12 +225,21 @@ QString CardUtils::getCardIssuerIcon(const QString &cardNumber) const
 
 std::optional<CreditCardValidationType> CardUtils::type(const QString &cardNumber) const
 {
+    // Asked for the same number several times per keystroke, as the issuer is.
+    thread_local RecentAnswers<std::optional<CreditCardValidationType>> recent;
+    if (const auto *known = recent.find(cardNumber))
+        return *known;
+
+    std::optional<CreditCardValidationType> found;
     const QString digits = decimalDigits(cardNumber);
     for (const CreditCardValidationType &record : types()) {
-        if (matchesWhole(record.regex, digits))
-            return record;
+        if (matchesWhole(record.regex, digits)) {
+            found = record;
+            break;
+        }
     }
-    return std::nullopt;
+    recent.remember(cardNumber, found);
+    return found;
 }
 
 int CardUtils::getCvvLength(const QString &cardNumber) const

@@ -197,7 +197,10 @@ void CardViewController::numberEdited()
     const std::optional<QString> shown = std::exchange(m_numberToShow, std::nullopt);
     if (!shown)
         return; // taken as typed: the stored number, icon and CVV length stay as they were
-    tfCardNumber->setText(*shown);
+    // Most keys leave the grouping as typed: setting the same text again would only lay the
+    // field out a second time.
+    if (*shown != tfCardNumber->text())
+        tfCardNumber->setText(*shown);
     tfCardNumber->end(false);
     card = QString(tfCardNumber->text()).remove(u'-');
     // Decoding the image and relaying out the label on every key cost more than the rest of
