@@ -141,6 +141,9 @@ void DropDown::buildPopup(QWidget *window)
     m_popup = new QFrame(window, Qt::Popup);
     m_popup->setObjectName(u"dropDownPopup"_s);
     m_popup->setFrameStyle(QFrame::Box | QFrame::Plain);
+    // A light outline like the fields', and a brand-coloured edge on top towards the anchor.
+    m_popup->setStyleSheet(u"QFrame#dropDownPopup { background-color: #FFFFFF; border: 1px solid #C4C4C4;"
+                           " border-top: 2px solid #397B9E; }"_s);
     m_popup->installEventFilter(this);
 
     m_listView = new QListView(m_popup);
