@@ -53,6 +53,10 @@ void paintButtonBackground(QPushButton *button, const QColor &colour)
     QPalette palette = button->palette();
     palette.setColor(QPalette::All, QPalette::Button, colour);
     button->setPalette(palette);
+    // A widget's own style sheet makes it stop taking the family from its parent: keep it.
+    QFont font = button->font();
+    font.setFamily(font.family());
+    button->setFont(font);
     button->setStyleSheet(
         u"QPushButton { background-color: %1; } QPushButton:pressed { background-color: %2; }"_s.arg(
             colour.name(QColor::HexArgb), colour.darker(120).name(QColor::HexArgb)));

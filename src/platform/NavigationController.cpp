@@ -314,6 +314,10 @@ void NavigationController::refreshNavigationBar()
         m_rightButton->setAccessibleName(button.title);
         m_rightButton->setAccessibleDescription(button.accessibleDescription);
         const QColor bg = button.background;
+        // A widget's own style sheet makes it stop taking the family from its parent: keep it.
+        QFont font = m_rightButton->font();
+        font.setFamily(font.family());
+        m_rightButton->setFont(font);
         m_rightButton->setStyleSheet(bg.isValid()
                 ? QStringLiteral("QPushButton { background-color: %1; } QPushButton:pressed { "
                                  "background-color: %2; }")
@@ -325,9 +329,14 @@ void NavigationController::refreshNavigationBar()
     }
     // Tab runs through the screen first; the bar's right button (its Cancel) comes last, after
     // the screen's proceed button. The back button keeps its place before the screen.
-    const QList<QWidget *> stops = tabStopsOf(top);
-    if (!stops.isEmpty())
-        QWidget::setTabOrder(stops.last(), m_rightButton);
+    // Disabled controls count: a proceed button enabled later must still come before Cancel.
+    QWidget *last = nullptr;
+    for (QWidget *w = top->nextInFocusChain(); w && w != top; w = w->nextInFocusChain()) {
+        if (top->isAncestorOf(w) && w->isVisibleTo(top) && (w->focusPolicy() & Qt::TabFocus))
+            last = w;
+    }
+    if (last)
+        QWidget::setTabOrder(last, m_rightButton);
 }
 
 namespace {

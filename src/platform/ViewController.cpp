@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QTimer>
 
 namespace kovena {
 namespace {
@@ -139,10 +140,18 @@ void ViewController::present(ViewController *vc, bool animated)
     // The keyboard goes to the presentation: its first control, else the screen itself.
     if (vc->m_presenting == this) {
         const QList<QWidget *> stops = tabStopsOf(vc);
-        if (!stops.isEmpty())
+        if (!stops.isEmpty()) {
             stops.first()->setFocus(Qt::OtherFocusReason);
-        else
+        } else {
+            // Controls a screen adds to its layout while loading show on the next turn of the
+            // event loop: the keyboard moves to the first of them then.
             vc->setFocus(Qt::OtherFocusReason);
+            QTimer::singleShot(0, vc, [vc] {
+                const QList<QWidget *> later = tabStopsOf(vc);
+                if (vc->m_presenting && QApplication::focusWidget() == vc && !later.isEmpty())
+                    later.first()->setFocus(Qt::OtherFocusReason);
+            });
+        }
     }
 }
 

@@ -5,6 +5,7 @@
 #include "MerchantWindow.h"
 #include "Stage.h"
 
+#include "payment/NetBankingViewController.h"
 #include "platform/ViewController.h"
 #include "sandbox/Sandbox.h"
 
@@ -123,7 +124,9 @@ QString fillCard(Stage &stage, bool complete)
 
 QString bankListLoaded(Stage &stage)
 {
-    const bool loaded = Stage::waitFor([&stage] { return !visible(stage, u"loaderContainer"_s); });
+    auto *screen = qobject_cast<NetBankingViewController *>(stage.topScreen());
+    const bool loaded = screen && Stage::waitFor([screen] { return !screen->bankList.isEmpty(); })
+        && Stage::waitFor([&stage] { return !visible(stage, u"loaderContainer"_s); });
     return loaded ? QString() : notShown(u"the bank list"_s);
 }
 
