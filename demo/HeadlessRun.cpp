@@ -309,7 +309,7 @@ HeadlessRun::Step HeadlessRun::actOnBankPage(DemoOptions::BankPage action)
     case DemoOptions::BankPage::Approve:
     case DemoOptions::BankPage::Decline: {
         const QString id = action == DemoOptions::BankPage::Approve ? u"approve"_s : u"decline"_s;
-        step.what = u"pressed "_s + id + u" on the bank page"_s;
+        step.what = u"pressed %1 on the bank page"_s.arg(id);
         step.run = [page, id]() -> StepState {
             if (!page->hasPage())
                 return StepState::Waiting;

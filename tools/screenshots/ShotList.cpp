@@ -136,18 +136,22 @@ QList<Shot> allShots(sandbox::Sandbox &sandbox)
 {
     QList<Shot> shots;
 
-    shots.append(
-        { u"merchant-window"_s, u"The merchant's demo window, before the checkout"_s, QSize(420, 780),
-            [](Stage &stage) {
-                demo::DemoOptions options = checkout(u"1"_s);
-                options.orderNo = u"ORD-2024-0042"_s;
-                auto window = std::make_unique<demo::MerchantWindow>(options, u"Sandbox on this machine"_s);
-                window->resize(420, 780);
-                stage.adopt(std::move(window));
-                Stage::settle(200);
-                return QString();
-            },
-            { u"payButton"_s, u"statusButton"_s } });
+    shots.append({ u"merchant-window"_s, u"The merchant's demo window, before the checkout"_s, QSize(1180, 800),
+        [&sandbox](Stage &stage) {
+            demo::DemoOptions options = checkout(u"1"_s);
+            options.orderNo = u"ORD-2024-0042"_s;
+            auto window = std::make_unique<demo::MerchantWindow>(options, u"Sandbox on this machine"_s);
+            window->resize(1180, 800);
+            demo::MerchantScreen *screen = window->merchantScreen();
+            screen->loadBankList(QString::fromStdString(sandbox.baseUrl()));
+            stage.adopt(std::move(window));
+            auto *picker = screen->findChild<QWidget *>(u"bankPicker"_s);
+            if (!Stage::waitFor([picker] { return picker && picker->isEnabled(); }))
+                return notShown(u"the bank list"_s);
+            Stage::settle(200);
+            return QString();
+        },
+        { u"payButton"_s, u"statusButton"_s, u"modeUpi"_s, u"bankPicker"_s, u"callbackTable"_s } });
 
     shots.append({ u"payment-options"_s, u"Payment option screen: the amount and the UPI choice"_s, kPhone,
         [](Stage &stage) { return open(stage, checkout(u"4"_s), u"PaymentOptionVC"_s); },
