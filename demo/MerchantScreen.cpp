@@ -119,9 +119,9 @@ MerchantScreen::MerchantScreen(const DemoOptions &initial, QWidget *parent)
     banksForm->addRow(reload);
     layout->addWidget(banksBox);
 
-    auto *hint = new QLabel(u"Sandbox VPAs: success@kovena, failure@kovena, pending@kovena. "
-                            "Cards: 4111 1111 1111 1111 (any name, a future expiry, CVV 123)."_s,
-        this);
+    // No card number or CVV here: the window's text reaches logs and accessibility dumps.
+    auto *hint = new QLabel(
+        u"Sandbox VPAs: success@kovena, failure@kovena, pending@kovena. Test cards: see the README."_s, this);
     hint->setObjectName(u"sandboxHint"_s);
     hint->setWordWrap(true);
     layout->addWidget(hint);

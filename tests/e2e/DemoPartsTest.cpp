@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 using namespace Qt::StringLiterals;
 
 namespace kovena::demo {
@@ -24,6 +26,11 @@ struct RowCase
     const char *threadName;
     const char *status, *description, *transactionId, *thread;
 };
+
+void PrintTo(const RowCase &c, std::ostream *out)
+{
+    *out << c.name;
+}
 
 class CallbackRowCase : public testing::TestWithParam<RowCase>
 {
@@ -99,6 +106,11 @@ struct RunCase
     bool asExpected;
     const char *line;
 };
+
+void PrintTo(const RunCase &c, std::ostream *out)
+{
+    *out << c.name;
+}
 
 class TourRunCase : public testing::TestWithParam<RunCase>
 {
