@@ -185,9 +185,13 @@ void DropDown::place()
     QWidget *window = m_anchorView->window();
     const QRect anchor(m_anchorView->mapToGlobal(QPoint(0, 0)), m_anchorView->size());
     const QRect bounds(window->mapToGlobal(QPoint(0, 0)), window->size());
-    const int chrome = 2 * m_popup->frameWidth();
+    // The outline is thicker on top than below: measure the frame's edges rather than assume one
+    // width all round.
+    m_popup->ensurePolished();
+    const QRect inner = m_popup->contentsRect();
+    const int chrome = m_popup->height() - inner.height();
     const auto count = static_cast<int>(m_dataSource.size());
-    int width = m_listView->sizeHintForColumn(0) + chrome;
+    int width = m_listView->sizeHintForColumn(0) + (m_popup->width() - inner.width());
     if (count > kMaxVisibleRows)
         width += m_listView->verticalScrollBar()->sizeHint().width();
     const QSize wanted(width, std::min(count, kMaxVisibleRows) * kRowHeight + chrome);
