@@ -29,6 +29,8 @@ void BankPagePlayer::follow(QWebEngineView *view)
     m_pageLoaded = false;
     m_asking = false;
     m_target.reset();
+    // A page that finished loading before the view was followed counts as loaded.
+    m_pageLoaded = view->page() && !view->page()->isLoading() && !view->url().isEmpty();
     connect(view, &QWebEngineView::loadStarted, this, [this] { m_pageLoaded = false; });
     connect(view, &QWebEngineView::loadFinished, this, [this, view](bool ok) {
         if (!ok || view != m_view)

@@ -20,6 +20,9 @@ struct OptionDef
 
 constexpr OptionDef kOptions[] = {
     { "headless", nullptr, "Run one scripted flow offscreen and print one JSON event per line." },
+    { "tour", nullptr,
+        "Run a UPI, a card and a net-banking payment, a cancellation and a status enquiry headless, "
+        "one after another, and print one line per outcome." },
     { "server", "URL", "Backend base URL ending in /KoVena/ (default: an in-process sandbox)." },
     { "record", "FILE", "Append every request the in-process sandbox receives to FILE." },
     { "flow", "FLOW", "checkout (default) or status." },
@@ -167,6 +170,15 @@ ParseOutcome parseDemoOptions(const QStringList &arguments)
 
     DemoOptions &o = outcome.options;
     o.headless = parser.isSet(u"headless"_s);
+    o.tour = parser.isSet(u"tour"_s);
+    if (o.tour) {
+        // The tour chooses every flow's arguments itself; it only takes the backend.
+        for (const OptionDef &def : kOptions) {
+            const QString name = QString::fromLatin1(def.name);
+            if (name != "tour"_L1 && name != "server"_L1 && parser.isSet(name))
+                return fail(outcome, u"--tour takes no --%1 (only --server)"_s.arg(name));
+        }
+    }
 
     const QString flow = parser.isSet(u"flow"_s) ? parser.value(u"flow"_s) : u"checkout"_s;
     if (flow == "checkout"_L1)

@@ -15,6 +15,7 @@ struct DemoOptions
     enum class Flow { Checkout, Status };
 
     bool headless = false;
+    bool tour = false; // run the scripted tour: several headless runs, one readable line each
     QString serverUrl; // empty: start the sandbox in-process
     QString recordFile; // sandbox only: where its request log goes
     QString settingsDir; // headless: where the library keeps its user defaults (empty: a temporary folder)

@@ -1,10 +1,12 @@
-// kovena-demo: the merchant test application. Opens a merchant window, or with --headless runs
-// one scripted flow offscreen and prints its events as JSON lines.
+// kovena-demo: the merchant test application. Opens a merchant window; with --headless runs one
+// scripted flow offscreen and prints its events as JSON lines; with --tour runs several such
+// flows and prints one readable line per outcome.
 #include "DemoBackend.h"
 #include "DemoOptions.h"
 #include "EventPrinter.h"
 #include "HeadlessRun.h"
 #include "MerchantWindow.h"
+#include "Tour.h"
 
 #include "platform/UserDefaults.h"
 
@@ -54,7 +56,8 @@ int main(int argc, char **argv)
 {
     qInstallMessageHandler(messageToStderr);
     // Checked before the application exists: the platform plugin is chosen when it is created.
-    if (hasSwitch(argc, argv, "--headless") || hasSwitch(argc, argv, "-headless"))
+    if (hasSwitch(argc, argv, "--headless") || hasSwitch(argc, argv, "-headless")
+        || hasSwitch(argc, argv, "--tour") || hasSwitch(argc, argv, "-tour"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     // The bank page's browser refuses to start its own sandbox as root.
     if (::geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
@@ -80,6 +83,8 @@ int main(int argc, char **argv)
         break;
     }
     const kovena::demo::DemoOptions &options = parsed.options;
+    if (options.tour)
+        return kovena::demo::runTour(QApplication::applicationFilePath(), options.serverUrl, stdout);
 
     kovena::demo::EventPrinter printer;
     QTemporaryDir scratch;
@@ -113,6 +118,7 @@ int main(int argc, char **argv)
     }
 
     window.logLibraryEvents();
+    window.merchantScreen()->loadBankList(backend.baseUrl());
     window.show();
     return QApplication::exec();
 }

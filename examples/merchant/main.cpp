@@ -1,10 +1,10 @@
 // A merchant's application using the installed Kovena package: its screen asks for the status
 // of an earlier payment and receives the outcome through KovenaCallback. The backend is a
 // canned reply on the loopback interface, so the example needs no server of its own.
-#include "api/ApiManager.h"
 #include "model/TransactionStatus.h"
 #include "sdk/KovenaCallback.h"
 #include "sdk/KovenaSDK.h"
+#include "sdk/KovenaServer.h"
 
 #include <QApplication>
 #include <QByteArray>
@@ -115,7 +115,7 @@ int main(int argc, char **argv)
 
     CannedBackend backend;
     check(backend.listen(), "canned backend listens on the loopback interface");
-    check(kovena::ApiManager::setServerUrl(backend.baseUrl()), "library points at the canned backend");
+    check(kovena::setServerUrl(backend.baseUrl()), "library points at the canned backend");
 
     QMainWindow window;
     auto *screen = new StoreScreen;

@@ -1,5 +1,7 @@
 #include "flow/BaseViewController.h"
 
+#include "flow/MainKovena.h"
+#include "flow/Theme.h"
 #include "flow/Toast.h"
 #include "platform/Dispatch.h"
 #include "platform/TextField.h"
@@ -8,15 +10,68 @@
 #include <QApplication>
 #include <QEvent>
 #include <QInputMethod>
+#include <QLayout>
+#include <QPainter>
 #include <QToolBar>
 
 using namespace Qt::StringLiterals;
 
 namespace kovena {
 
+namespace {
+
+// The scenes name the layout of their form "mainLayout"; a screen without one (the bank page's
+// browser) takes the whole view.
+QLayout *formLayout(QWidget *view)
+{
+    QLayout *layout = view->layout();
+    return layout && layout->objectName() == u"mainLayout" ? layout : nullptr;
+}
+
+} // namespace
+
 BaseViewController::BaseViewController(QWidget *parent)
     : ViewController(parent)
-{ }
+{
+    // Every scene built on this inherits the library's font unless it sets its own.
+    setFont(kovenaFont(14));
+}
+
+QRect BaseViewController::columnRect() const
+{
+    if (!formLayout(const_cast<BaseViewController *>(this)) || width() <= kColumnWidth)
+        return rect();
+    return QRect((width() - kColumnWidth) / 2, 0, kColumnWidth, height());
+}
+
+void BaseViewController::resizeEvent(QResizeEvent *event)
+{
+    ViewController::resizeEvent(event);
+    QLayout *layout = formLayout(this);
+    if (!layout)
+        return;
+    const QMargins margins = layout->contentsMargins();
+    const int side = columnRect().left() + kColumnMargin;
+    if (margins.left() != side || margins.right() != side)
+        layout->setContentsMargins(side, margins.top(), side, margins.bottom());
+}
+
+void BaseViewController::paintEvent(QPaintEvent *event)
+{
+    Q_UNUSED(event)
+    QPainter painter(this);
+    const QRect column = columnRect();
+    if (column == rect()) {
+        painter.fillRect(rect(), Qt::white);
+        return;
+    }
+    // Wider than a phone: the form sits on a white sheet in the middle of a light surround.
+    painter.fillRect(rect(), theme::kSurround);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(0xE1, 0xE7, 0xEC), 1));
+    painter.setBrush(Qt::white);
+    painter.drawRoundedRect(QRectF(column).adjusted(0.5, 16.5, -0.5, -16.5), 16, 16);
+}
 
 void BaseViewController::viewDidLoad()
 {

@@ -32,8 +32,18 @@ public:
     QToolBar *doneToolbar() const;
     LoaderUI &loader() { return m_loader; }
 
+    // The widest the form column grows: on a wide window the form stays phone-width and
+    // centred on a light surround instead of stretching.
+    static constexpr int kColumnWidth = 440;
+    // The form's margin inside the column.
+    static constexpr int kColumnMargin = 24;
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    // The part of the view the form takes (all of it up to kColumnWidth).
+    QRect columnRect() const;
 
 private:
     LoaderUI m_loader;

@@ -5,6 +5,7 @@
 #include "flow/PaymentOptionVC.h"
 #include "flow/PaymentOptionViewController.h"
 #include "flow/PopUpViewController.h"
+#include "flow/Theme.h"
 #include "payment/CardViewController.h"
 #include "payment/NetBankingViewController.h"
 #include "payment/UPIViewController.h"
@@ -40,6 +41,8 @@ Storyboard buildMainKovena()
     Storyboard storyboard(u"MainKovena"_s);
     storyboard.registerScene(u"NavigatorController"_s, [] {
         auto *navigator = new NavigatorController;
+        // Everything the checkout shows lives under this root and takes its look from it.
+        theme::applyTo(navigator);
         navigator->setViewControllers({ new InitialViewController });
         return navigator;
     });

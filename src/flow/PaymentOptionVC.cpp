@@ -4,6 +4,7 @@
 
 #include "api/Constants.h"
 #include "flow/MainKovena.h"
+#include "flow/Theme.h"
 #include "flow/Utils.h"
 #include "payment/PaymentScreen.h"
 #include "platform/FatalError.h"
@@ -13,6 +14,7 @@
 #include "platform/UserDefaults.h"
 #include "sdk/CheckoutStatusCode.h"
 
+#include <QIcon>
 #include <QPalette>
 
 #include <cstdint>
@@ -58,6 +60,13 @@ PaymentOptionVC::PaymentOptionVC(QWidget *parent)
 {
     ui->setupUi(this);
     connect(ui->cancelButton, &QPushButton::clicked, this, &PaymentOptionVC::cancelButton);
+    ui->UPILabel->setIcon(QIcon(theme::fieldIcon(u"ic_phone"_s)));
+    ui->UPILabel->setIconSize(QSize(20, 20));
+    // The UPI choice runs the UPI segue, like a choice on the other option screen.
+    connect(ui->UPILabel, &QPushButton::clicked, this, [this] {
+        Storyboard &board = storyboard() ? *storyboard() : mainKovenaStoryboard();
+        board.performSegue(this, u"UPIViewController"_s, ui->UPILabel);
+    });
 }
 
 PaymentOptionVC::~PaymentOptionVC()
@@ -106,6 +115,7 @@ void PaymentOptionVC::viewDidLoad()
     updateNavigationBar();
 
     ui->lbAmount->setText(u"\u20B9 "_s + displayAmount);
+    theme::describeAmount(ui->lbAmount, ui->lbAmountCaption->text());
     ui->lbOrderId->setText(*merchantTransactionRefNumber);
 
     ui->lbTitleAppName->setText(merchantName());
@@ -115,6 +125,8 @@ void PaymentOptionVC::viewDidLoad()
         palette.setColor(QPalette::All, QPalette::ButtonText, QColor(Qt::lightGray));
         ui->UPILabel->setPalette(palette);
         ui->UPILabel->setEnabled(false);
+        ui->UPILabel->setAccessibleDescription(
+            u"Not available: UPI takes amounts up to \u20B9 %1"_s.arg(kUpiLimit));
     } else {
         ui->UPILabel->setEnabled(true);
     }

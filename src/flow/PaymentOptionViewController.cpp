@@ -3,9 +3,12 @@
 #include "ui_PaymentOptionViewController.h"
 
 #include "flow/MainKovena.h"
+#include "flow/Theme.h"
 #include "flow/Utils.h"
 #include "platform/Storyboard.h"
 
+#include <QIcon>
+#include <QPushButton>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -39,6 +42,12 @@ PaymentOptionViewController::PaymentOptionViewController(QWidget *parent)
     };
     for (const auto &[button, segue] : choices)
         connect(button, &QPushButton::clicked, this, [this, button, segue] { runSegue(segue, button); });
+    const std::pair<QPushButton *, QString> icons[] = { { ui->btnUPI, u"ic_phone"_s },
+        { ui->btnCard, u"ic_card"_s }, { ui->btnNetBanking, u"ic_bank"_s } };
+    for (const auto &[button, icon] : icons) {
+        button->setIcon(QIcon(theme::fieldIcon(icon)));
+        button->setIconSize(QSize(20, 20));
+    }
 }
 
 PaymentOptionViewController::~PaymentOptionViewController()
@@ -78,6 +87,7 @@ void PaymentOptionViewController::viewDidLoad()
     // checkParams has ended the process if amount or order number were absent.
     ui->lbAmount->setText(Utils::amountFormat(*amount));
     ui->lbAmount->adjustSize();
+    theme::describeAmount(ui->lbAmount, ui->lbAmountCaption->text());
     ui->lbOrderId->setText(*merchantTransactionRefNumber);
 
     const QString name = merchantName();
@@ -95,7 +105,8 @@ void PaymentOptionViewController::drawCircle()
 {
     QWidget *circle = ui->vCircle;
     const int radius = std::min(circle->width(), circle->height()) / 2;
-    circle->setStyleSheet(u"#vCircle { background-color: #3f51b5; border-radius: %1px; }"_s.arg(radius));
+    circle->setStyleSheet(
+        u"#vCircle { background-color: %1; border-radius: %2px; }"_s.arg(theme::kBrand.name()).arg(radius));
 }
 
 void PaymentOptionViewController::runSegue(const QString &identifier, QObject *sender)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "api/JsonValue.h"
+#include "sdk/KovenaExport.h"
 
 #include <QList>
 
@@ -16,7 +17,10 @@ enum class Dictionary { Optional, Required };
 // Gives a record class its builders and writer, all driven by the field table in the record's own
 // source file: fields are read and written by key, in declared order, and absent fields are never
 // written. `Argument` is what the record's constructor takes.
-template<class Derived, Dictionary kind> class MappedRecord
+// Exported so that the records a merchant receives (exported classes themselves) keep their
+// builders and writer visible in a shared library; other records stay hidden through their own
+// class.
+template<class Derived, Dictionary kind> class KOVENA_EXPORT MappedRecord
 {
 public:
     using Argument = std::conditional_t<kind == Dictionary::Optional, const JsonValue *, const JsonValue &>;

@@ -3,6 +3,7 @@
 #include "api/JsonValue.h"
 #include "model/MappedRecord.h"
 #include "model/PaymentRecordFields.h"
+#include "sdk/KovenaExport.h"
 
 #include <QList>
 #include <QObject>
@@ -16,7 +17,8 @@ namespace kovena {
 // The outcome of a payment: parsed from the backend's status reply, or built blank by the flow
 // when it decides the outcome itself, and handed to the merchant. Reading never fails: values of
 // the wrong kind leave their field absent. The five strings are also Qt properties.
-class TransactionStatus : public QObject, public MappedRecord<TransactionStatus, Dictionary::Optional>
+class KOVENA_EXPORT TransactionStatus : public QObject,
+                                        public MappedRecord<TransactionStatus, Dictionary::Optional>
 {
     Q_OBJECT
     Q_PROPERTY(QString success READ successValue WRITE setSuccess)
@@ -53,8 +55,9 @@ private:
 };
 
 // The payment details of a status reply: the common payment fields, then status and collectorId.
-class TransactionStatus::Data : public PaymentRecordFields<std::optional<QString>, std::optional<qint64>>,
-                                public MappedRecord<TransactionStatus::Data, Dictionary::Optional>
+class KOVENA_EXPORT TransactionStatus::Data
+    : public PaymentRecordFields<std::optional<QString>, std::optional<qint64>>,
+      public MappedRecord<TransactionStatus::Data, Dictionary::Optional>
 {
 public:
     Data() = default;

@@ -5,6 +5,7 @@
 #include "api/ApiManager.h"
 #include "flow/CallbackRelay.h"
 #include "flow/MainKovena.h"
+#include "flow/Theme.h"
 #include "flow/Utils.h"
 #include "payment/CardFormEditing.h"
 #include "platform/Dispatch.h"
@@ -16,7 +17,6 @@
 #include <QFrame>
 #include <QIcon>
 #include <QLabel>
-#include <QPainter>
 #include <QPalette>
 #include <QPixmap>
 #include <QPushButton>
@@ -32,42 +32,10 @@ namespace {
 
 using cardFormEditing::NumberEdit;
 
-constexpr quint32 kBrandColour = 0x397B9E;
 constexpr quint32 kBorderColour = 0xC4C4C4;
 // The proceed button's colour while the form is incomplete.
 constexpr quint32 kLightGrey = 0xAAAAAA;
 constexpr int kYearsOffered = 40;
-
-// The small line drawings at the left of the fields and in the expiry box, drawn at twice
-// their on-screen size like the bundled images.
-QPixmap fieldGlyph(const QString &imageName)
-{
-    constexpr qreal scale = 2.0;
-    QPixmap pixmap(QSize(20, 20) * scale);
-    pixmap.setDevicePixelRatio(scale);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(CardViewController::uicolorFromHex(kBrandColour), 1.5));
-    if (imageName == u"ic_card") {
-        painter.drawRoundedRect(QRectF(2, 5, 16, 11), 2, 2);
-        painter.drawLine(QPointF(2, 8.5), QPointF(18, 8.5));
-    } else if (imageName == u"ic_person") {
-        painter.drawEllipse(QPointF(10, 7), 3.5, 3.5);
-        painter.drawArc(QRectF(4, 12, 12, 10), 0, 180 * 16);
-    } else if (imageName == u"ic_lock") {
-        painter.drawRoundedRect(QRectF(4, 9, 12, 9), 1.5, 1.5);
-        painter.drawArc(QRectF(6.5, 3, 7, 11), 0, 180 * 16);
-    } else if (imageName == u"ic_calendar") {
-        painter.drawRoundedRect(QRectF(3, 4, 14, 13), 1.5, 1.5);
-        painter.drawLine(QPointF(3, 8), QPointF(17, 8));
-        painter.drawLine(QPointF(7, 2), QPointF(7, 5));
-        painter.drawLine(QPointF(13, 2), QPointF(13, 5));
-    } else {
-        qCWarning(lcPayment) << "no field icon is named" << imageName;
-    }
-    return pixmap;
-}
 
 } // namespace
 
@@ -150,9 +118,7 @@ void CardViewController::viewDidLoad()
 
     const QString shownAmount = Utils::isValidAmount(amount) ? Utils::amountFormat(amount) : amount;
     ui->lbAmount->setText(u"\u20B9 "_s + shownAmount);
-    ui->lbAmount->setFont(kovenaFont(22));
-    ui->lbTitle->setFont(kovenaFont(18));
-    btnProceed->setFont(kovenaFont(15));
+    theme::describeAmount(ui->lbAmount, ui->lbAmountCaption->text());
 }
 
 bool CardViewController::textFieldShouldChangeCharacters(
@@ -303,13 +269,11 @@ void CardViewController::refreshProceed()
 
 void CardViewController::paintProceed(const std::optional<QColor> &background)
 {
-    // Setting a palette propagates it through the button on every key; the proceed state
-    // changes a few times per card at most.
+    // Restyling the button on every key cost more than the rest of the keystroke; the proceed
+    // state changes a few times per card at most.
     if (!background || btnProceed->palette().color(QPalette::Button) == *background)
         return;
-    QPalette palette = btnProceed->palette();
-    palette.setColor(QPalette::Button, *background);
-    btnProceed->setPalette(palette);
+    theme::paintButtonBackground(btnProceed, *background);
 }
 
 void CardViewController::setupMMDropDown()
@@ -347,20 +311,20 @@ void CardViewController::setupYYYYDropDown()
 
 void CardViewController::setDateViewAttrib(QFrame *viewDate)
 {
+    // The expiry box looks like a text field; its buttons are drawn flat inside it.
     viewDate->setStyleSheet(
-        u"QFrame#viewDate { background-color: palette(base); border: 1px solid %1; border-radius: 4px; }"_s
-            .arg(uicolorFromHex(kBorderColour).name()));
-    ivIconDate->setPixmap(fieldGlyph(u"ic_calendar"_s));
-    for (QPushButton *button : { btnMonth.data(), btnYear.data(), btnDropMonth.data(), btnDropYear.data() })
-        button->setFont(kovenaFont(14));
+        u"QFrame#viewDate { background-color: #FFFFFF; border: 1px solid %1; border-radius: 8px; }"_s.arg(
+            uicolorFromHex(kBorderColour).name()));
+    ivIconDate->setPixmap(theme::fieldIcon(u"ic_calendar"_s));
+    for (QPushButton *arrow : { btnDropMonth.data(), btnDropYear.data() }) {
+        arrow->setIcon(QIcon(theme::fieldIcon(u"ic_chevron"_s, theme::kMuted)));
+        arrow->setIconSize(QSize(14, 14));
+    }
 }
 
 void CardViewController::setFieldAttributes(TextField *textField, const QString &imageName)
 {
-    textField->setStyleSheet(u"border: 1px solid %1; border-radius: 4px; padding: 0 6px;"_s.arg(
-        uicolorFromHex(kBorderColour).name()));
-    textField->setFont(kovenaFont(14));
-    textField->addAction(QIcon(fieldGlyph(imageName)), QLineEdit::LeadingPosition);
+    theme::setLeadingIcon(textField, imageName);
 }
 
 QColor CardViewController::uicolorFromHex(quint32 rgbValue)

@@ -141,6 +141,9 @@ void DropDown::buildPopup(QWidget *window)
     m_popup = new QFrame(window, Qt::Popup);
     m_popup->setObjectName(u"dropDownPopup"_s);
     m_popup->setFrameStyle(QFrame::Box | QFrame::Plain);
+    // A light outline like the fields', and a brand-coloured edge on top towards the anchor.
+    m_popup->setStyleSheet(u"QFrame#dropDownPopup { background-color: #FFFFFF; border: 1px solid #C4C4C4;"
+                           " border-top: 2px solid #397B9E; }"_s);
     m_popup->installEventFilter(this);
 
     m_listView = new QListView(m_popup);
@@ -182,9 +185,13 @@ void DropDown::place()
     QWidget *window = m_anchorView->window();
     const QRect anchor(m_anchorView->mapToGlobal(QPoint(0, 0)), m_anchorView->size());
     const QRect bounds(window->mapToGlobal(QPoint(0, 0)), window->size());
-    const int chrome = 2 * m_popup->frameWidth();
+    // The outline is thicker on top than below: measure the frame's edges rather than assume one
+    // width all round.
+    m_popup->ensurePolished();
+    const QRect inner = m_popup->contentsRect();
+    const int chrome = m_popup->height() - inner.height();
     const auto count = static_cast<int>(m_dataSource.size());
-    int width = m_listView->sizeHintForColumn(0) + chrome;
+    int width = m_listView->sizeHintForColumn(0) + (m_popup->width() - inner.width());
     if (count > kMaxVisibleRows)
         width += m_listView->verticalScrollBar()->sizeHint().width();
     const QSize wanted(width, std::min(count, kMaxVisibleRows) * kRowHeight + chrome);

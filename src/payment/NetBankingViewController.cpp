@@ -4,6 +4,7 @@
 
 #include "api/ApiManager.h"
 #include "flow/CallbackRelay.h"
+#include "flow/Theme.h"
 #include "flow/Utils.h"
 #include "model/BankNBData.h"
 #include "model/TransactionStatus.h"
@@ -12,6 +13,7 @@
 #include "platform/FatalError.h"
 #include "platform/Logging.h"
 
+#include <QIcon>
 #include <QPalette>
 #include <QPushButton>
 
@@ -48,6 +50,11 @@ void NetBankingViewController::viewDidLoad()
 
     const QString shownAmount = Utils::isValidAmount(amount) ? Utils::amountFormat(amount) : amount;
     ui->lbAmount->setText(u"\u20B9 "_s + shownAmount);
+    theme::describeAmount(ui->lbAmount, ui->lbAmountCaption->text());
+    btnSelectBank->setIcon(QIcon(theme::fieldIcon(u"ic_bank"_s)));
+    btnSelectBank->setIconSize(QSize(20, 20));
+    btnDropDownList->setIcon(QIcon(theme::fieldIcon(u"ic_chevron"_s, theme::kMuted)));
+    btnDropDownList->setIconSize(QSize(16, 16));
 
     connect(btnSelectBank, &QPushButton::clicked, this, &NetBankingViewController::btnSelectBankAction);
     connect(btnDropDownList, &QPushButton::clicked, this, &NetBankingViewController::btnDropDownBank);
@@ -193,9 +200,7 @@ void NetBankingViewController::payWith(const std::shared_ptr<BankNBData> &chosen
 
 void NetBankingViewController::paintProceed(const QColor &colour)
 {
-    QPalette palette = btnProceed1->palette();
-    palette.setColor(QPalette::All, QPalette::Button, colour);
-    btnProceed1->setPalette(palette);
+    theme::paintButtonBackground(btnProceed1, colour);
 }
 
 } // namespace kovena

@@ -29,6 +29,7 @@ void PaymentScreen::setNavButton()
             if (self)
                 self->cancelTxn();
         },
+        u"Asks whether to cancel this payment"_s,
     };
     updateNavigationBar();
 }

@@ -6,6 +6,7 @@
 #include "api/Constants.h"
 #include "flow/CallbackRelay.h"
 #include "flow/MainKovena.h"
+#include "flow/Theme.h"
 #include "flow/Utils.h"
 #include "model/TransactionStatus.h"
 #include "model/UPIResponse.h"
@@ -28,6 +29,8 @@ UPIViewController::UPIViewController(QWidget *parent)
     ui->setupUi(this);
     tfUpiId = ui->tfUpiId;
     btnProceed = ui->btnProceed;
+    connect(
+        this, &ViewController::presentedViewControllerDismissed, this, &UPIViewController::presentationEnded);
 }
 
 UPIViewController::~UPIViewController()
@@ -51,6 +54,8 @@ void UPIViewController::viewDidLoad()
 
     const QString shownAmount = Utils::isValidAmount(amount) ? Utils::amountFormat(amount) : amount;
     ui->lbAmount->setText(u"\u20B9 "_s + shownAmount);
+    theme::describeAmount(ui->lbAmount, ui->lbAmountCaption->text());
+    theme::setLeadingIcon(tfUpiId, u"ic_phone"_s);
 
     if (isPaymentModeAvail) {
         navigationItem().hidesBackButton = true;
@@ -182,10 +187,31 @@ void UPIViewController::collectSent(const std::shared_ptr<UPIResponse> &upiRespo
         returnToForm(u"No Network"_s);
         return;
     }
-    present(mainKovenaStoryboard().instantiateViewController(u"PopUpViewController"_s), true);
+    showApprovalNotice();
     loadering(true);
     m_collectInProgress = false;
     startPolling();
+}
+
+void UPIViewController::showApprovalNotice()
+{
+    // The cancel question may be open as the collect request goes out. Only one screen is
+    // presented at a time, so the notice waits for the answer: "Cancel" (keep paying) shows it,
+    // "Proceed" ends the payment and it is never made.
+    if (presentedViewController()) {
+        m_approvalNoticeWaiting = true;
+        return;
+    }
+    m_approvalNoticeWaiting = false;
+    present(mainKovenaStoryboard().instantiateViewController(u"PopUpViewController"_s), true);
+}
+
+void UPIViewController::presentationEnded()
+{
+    if (m_approvalNoticeWaiting && pollingState() == State::Polling)
+        showApprovalNotice();
+    else
+        m_approvalNoticeWaiting = false;
 }
 
 void UPIViewController::returnToForm(const QString &message)

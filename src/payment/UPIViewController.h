@@ -83,12 +83,16 @@ private:
     void collectRegistered(const QString &kovenaTransactionId, const QString &transactionRefNum);
     void collectSent(const std::shared_ptr<UPIResponse> &upiResponse);
     void returnToForm(const QString &message);
+    // Presents the approval notice, or keeps it for when the presentation open now ends.
+    void showApprovalNotice();
+    void presentationEnded();
 
     std::unique_ptr<Ui::UPIViewController> ui;
     std::shared_ptr<CallbackRelay<UPIViewController>> m_relay;
     // From proceed until the collect request fails (back to the form) or polling starts: a second
     // proceed meanwhile would register a second payment.
     bool m_collectInProgress = false;
+    bool m_approvalNoticeWaiting = false;
 };
 
 } // namespace kovena

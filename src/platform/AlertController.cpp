@@ -57,6 +57,8 @@ void AlertController::viewDidLoad()
     for (int i = 0; i < m_actions.size(); ++i) {
         auto *button = new QPushButton(m_actions.at(i).title, box);
         button->setObjectName(QStringLiteral("alertAction%1").arg(i));
+        // A screen reader says what the button answers.
+        button->setAccessibleDescription(m_message);
         if (m_actions.at(i).style == ActionStyle::Destructive)
             button->setStyleSheet(QStringLiteral("color: #d0021b;"));
         connect(button, &QPushButton::clicked, this, [this, i] { run(i); });

@@ -7,12 +7,39 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMainWindow>
+#include <QPainter>
+#include <QPixmap>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
 namespace kovena {
+
+namespace {
+
+// A left-pointing chevron for the back button, drawn at twice its on-screen size.
+QIcon backChevron(const QColor &colour)
+{
+    constexpr qreal scale = 2.0;
+    QPixmap pixmap(QSize(16, 16) * scale);
+    pixmap.setDevicePixelRatio(scale);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPen pen(colour, 2.0);
+    pen.setCapStyle(Qt::RoundCap);
+    pen.setJoinStyle(Qt::RoundJoin);
+    painter.setPen(pen);
+    const QPointF points[] = { { 10.5, 2.5 }, { 5, 8 }, { 10.5, 13.5 } };
+    painter.drawPolyline(points, 3);
+    return QIcon(pixmap);
+}
+
+// Height of the bar: a comfortable target for a finger.
+constexpr int kBarHeight = 52;
+
+} // namespace
 
 NavigationController::NavigationController(QWidget *parent)
     : ViewController(parent)
@@ -23,17 +50,26 @@ NavigationController::NavigationController(QWidget *parent)
 
     m_bar = new QWidget(this);
     m_bar->setObjectName(QStringLiteral("navBar"));
+    m_bar->setAttribute(Qt::WA_StyledBackground);
+    m_bar->setFixedHeight(kBarHeight);
     auto *barLayout = new QHBoxLayout(m_bar);
-    barLayout->setContentsMargins(8, 4, 8, 4);
+    barLayout->setContentsMargins(8, 6, 12, 6);
+    barLayout->setSpacing(8);
     m_backButton = new QPushButton(tr("Back"), m_bar);
     m_backButton->setObjectName(QStringLiteral("navBackButton"));
     m_backButton->setFlat(true);
+    m_backButton->setIcon(backChevron(QColor(0x39, 0x7B, 0x9E)));
+    m_backButton->setCursor(Qt::PointingHandCursor);
+    m_backButton->setAccessibleName(tr("Back"));
+    m_backButton->setAccessibleDescription(tr("Returns to the previous screen"));
     m_titleLabel = new QLabel(m_bar);
     m_titleLabel->setObjectName(QStringLiteral("navTitle"));
     m_titleLabel->setAlignment(Qt::AlignCenter);
     m_rightButton = new QPushButton(m_bar);
     m_rightButton->setObjectName(QStringLiteral("navRightButton"));
+    m_rightButton->setCursor(Qt::PointingHandCursor);
     barLayout->addWidget(m_backButton);
+    // The title stays centred whichever of the two buttons shows.
     barLayout->addWidget(m_titleLabel, 1);
     barLayout->addWidget(m_rightButton);
     outer->addWidget(m_bar);
@@ -270,15 +306,37 @@ void NavigationController::refreshNavigationBar()
     const bool canPop = viewControllers().size() > 1;
     m_backButton->setVisible(canPop && !item.hidesBackButton && item.hasBackItem);
     m_titleLabel->setText(item.title);
+    // A bar with nothing to show gives its room to the screen.
+    m_bar->setVisible(!m_backButton->isHidden() || !item.title.isEmpty() || item.rightBarButtonItem);
     if (item.rightBarButtonItem) {
-        m_rightButton->setText(item.rightBarButtonItem->title);
-        const QColor bg = item.rightBarButtonItem->background;
-        m_rightButton->setStyleSheet(
-            bg.isValid() ? QStringLiteral("background-color: %1;").arg(bg.name(QColor::HexArgb)) : QString());
+        const BarButtonItem &button = *item.rightBarButtonItem;
+        m_rightButton->setText(button.title);
+        m_rightButton->setAccessibleName(button.title);
+        m_rightButton->setAccessibleDescription(button.accessibleDescription);
+        const QColor bg = button.background;
+        // A widget's own style sheet makes it stop taking the family from its parent: keep it.
+        QFont font = m_rightButton->font();
+        font.setFamily(font.family());
+        m_rightButton->setFont(font);
+        m_rightButton->setStyleSheet(bg.isValid()
+                ? QStringLiteral("QPushButton { background-color: %1; } QPushButton:pressed { "
+                                 "background-color: %2; }")
+                      .arg(bg.name(QColor::HexArgb), bg.darker(120).name(QColor::HexArgb))
+                : QString());
         m_rightButton->show();
     } else {
         m_rightButton->hide();
     }
+    // Tab runs through the screen first; the bar's right button (its Cancel) comes last, after
+    // the screen's proceed button. The back button keeps its place before the screen.
+    // Disabled controls count: a proceed button enabled later must still come before Cancel.
+    QWidget *last = nullptr;
+    for (QWidget *w = top->nextInFocusChain(); w && w != top; w = w->nextInFocusChain()) {
+        if (top->isAncestorOf(w) && w->isVisibleTo(top) && (w->focusPolicy() & Qt::TabFocus))
+            last = w;
+    }
+    if (last)
+        QWidget::setTabOrder(last, m_rightButton);
 }
 
 namespace {

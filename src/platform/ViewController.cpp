@@ -5,7 +5,9 @@
 #include "platform/NavigationController.h"
 #include "platform/Storyboard.h"
 
+#include <QApplication>
 #include <QEvent>
+#include <QTimer>
 
 namespace kovena {
 namespace {
@@ -65,6 +67,17 @@ void callDisappear(ViewController *vc, bool animated)
 
 } // namespace
 
+QList<QWidget *> tabStopsOf(QWidget *screen)
+{
+    QList<QWidget *> stops;
+    for (QWidget *w = screen->nextInFocusChain(); w && w != screen; w = w->nextInFocusChain()) {
+        if (screen->isAncestorOf(w) && w->isVisibleTo(screen) && w->isEnabled()
+            && (w->focusPolicy() & Qt::TabFocus) && !stops.contains(w))
+            stops.append(w);
+    }
+    return stops;
+}
+
 ViewController::ViewController(QWidget *parent)
     : QWidget(parent)
 { }
@@ -104,10 +117,18 @@ void ViewController::present(ViewController *vc, bool animated)
         return;
     if (m_presented) {
         qCWarning(lcFlow) << "a screen is already presented here; the new presentation is ignored";
+        // Nobody else would ever show or release it.
+        if (!vc->parent())
+            vc->deleteLater();
         return;
     }
+    QWidget *focused = QApplication::focusWidget();
+    m_focusBeforePresenting = focused && focused->window() == window() ? focused : nullptr;
     QWidget *host = presentationHost(this);
     vc->setParent(host);
+    // A screen made without a parent takes the look of the checkout it covers.
+    if (!vc->testAttribute(Qt::WA_SetFont))
+        vc->setFont(host->font());
     vc->setGeometry(host->rect());
     new FillParentFilter(host, vc);
     m_presented = vc;
@@ -116,6 +137,22 @@ void ViewController::present(ViewController *vc, bool animated)
     vc->raise();
     vc->loadViewIfNeeded();
     callAppear(vc, animated);
+    // The keyboard goes to the presentation: its first control, else the screen itself.
+    if (vc->m_presenting == this) {
+        const QList<QWidget *> stops = tabStopsOf(vc);
+        if (!stops.isEmpty()) {
+            stops.first()->setFocus(Qt::OtherFocusReason);
+        } else {
+            // Controls a screen adds to its layout while loading show on the next turn of the
+            // event loop: the keyboard moves to the first of them then.
+            vc->setFocus(Qt::OtherFocusReason);
+            QTimer::singleShot(0, vc, [vc] {
+                const QList<QWidget *> later = tabStopsOf(vc);
+                if (vc->m_presenting && QApplication::focusWidget() == vc && !later.isEmpty())
+                    later.first()->setFocus(Qt::OtherFocusReason);
+            });
+        }
+    }
 }
 
 void ViewController::dismiss(bool animated)
@@ -135,11 +172,35 @@ void ViewController::dismiss(bool animated)
     if (target->m_presented)
         target->dismiss(animated);
     callDisappear(target, animated);
-    if (ViewController *presenter = target->m_presenting)
+    QPointer<ViewController> presenter = target->m_presenting.data();
+    if (presenter)
         presenter->m_presented = nullptr;
     target->m_presenting = nullptr;
     target->hide();
     target->deleteLater();
+    if (!presenter)
+        return;
+    if (QWidget *previous = presenter->m_focusBeforePresenting; previous && previous->isVisible())
+        previous->setFocus(Qt::OtherFocusReason);
+    presenter->m_focusBeforePresenting = nullptr;
+    Q_EMIT presenter->presentedViewControllerDismissed();
+}
+
+bool ViewController::focusNextPrevChild(bool next)
+{
+    if (!m_presenting)
+        return QWidget::focusNextPrevChild(next);
+    const QList<QWidget *> stops = tabStopsOf(this);
+    if (stops.isEmpty())
+        return true; // nothing to move to; the keyboard stays on the presentation
+    const qsizetype at = stops.indexOf(QApplication::focusWidget());
+    qsizetype to = 0;
+    if (at < 0)
+        to = next ? 0 : stops.size() - 1;
+    else
+        to = (at + (next ? 1 : stops.size() - 1)) % stops.size();
+    stops.at(to)->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }
 
 void ViewController::performSegue(const QString &identifier, QObject *sender)

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QColor>
+#include <QList>
 #include <QPointer>
 #include <QString>
 #include <QWidget>
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace kovena {
 
@@ -17,9 +19,18 @@ class ViewController;
 // A button of the navigation bar.
 struct BarButtonItem
 {
+    BarButtonItem(
+        QString title, QColor background, std::function<void()> action, QString accessibleDescription = {})
+        : title(std::move(title))
+        , background(std::move(background))
+        , action(std::move(action))
+        , accessibleDescription(std::move(accessibleDescription))
+    { }
+
     QString title;
     QColor background; // invalid: the bar's default look
     std::function<void()> action; // runs on touch-up
+    QString accessibleDescription; // what pressing it does, for screen readers
 };
 
 // What a screen shows in the navigation bar while it is on top.
@@ -70,7 +81,9 @@ public:
     // True during the disappearance calls of a screen that is being popped.
     bool isMovingFromParent() const { return m_movingFromParent; }
 
-    // Presents `vc` over this screen's window content, modally.
+    // Presents `vc` over this screen's window content, modally: the keyboard moves into it and
+    // Tab stays inside it until it is dismissed. Only one presentation at a time: while one is
+    // shown, another is refused, and a refused screen that nobody owns is released.
     void present(ViewController *vc, bool animated);
     // Dismisses the screen this one presented; if none, the presentation this one belongs to;
     // if this screen was not presented at all, nothing happens (it stays where it is).
@@ -79,9 +92,18 @@ public:
     ViewController *presentingViewController() const { return m_presenting; }
 
     Storyboard *storyboard() const { return m_storyboard; }
+
     QString storyboardIdentifier() const { return m_storyboardIdentifier; }
     // Runs the storyboard segue `identifier` from this screen (prepare, then push).
     void performSegue(const QString &identifier, QObject *sender);
+
+Q_SIGNALS:
+    // Emitted on the presenting screen once the screen it presented has been dismissed.
+    void presentedViewControllerDismissed();
+
+protected:
+    // A presented screen keeps Tab and Shift+Tab among its own controls.
+    bool focusNextPrevChild(bool next) override;
 
 private:
     friend class NavigationController;
@@ -93,8 +115,12 @@ private:
     QPointer<NavigationController> m_navigationController;
     QPointer<ViewController> m_presented;
     QPointer<ViewController> m_presenting;
+    QPointer<QWidget> m_focusBeforePresenting; // gets the keyboard back after a dismissal
     Storyboard *m_storyboard = nullptr;
     QString m_storyboardIdentifier;
 };
+
+// The controls inside `screen` that Tab reaches, in the window's focus order.
+QList<QWidget *> tabStopsOf(QWidget *screen);
 
 } // namespace kovena

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sdk/KovenaExport.h"
+
 #include <memory>
 
 namespace kovena {
@@ -8,7 +10,7 @@ class TransactionStatus;
 
 // Implemented by the merchant's screen (a QWidget that also derives from this class): receives
 // the outcome of a checkout or of a status enquiry, once per flow, on the main thread.
-class KovenaCallback
+class KOVENA_EXPORT KovenaCallback
 {
 public:
     virtual ~KovenaCallback() = default;

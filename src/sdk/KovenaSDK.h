@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sdk/KovenaExport.h"
+
 #include <QString>
 
 #include <optional>
@@ -11,7 +13,7 @@ namespace kovena {
 // The library's entry point. Starts a checkout or a status enquiry from the merchant's screen,
 // whose window then shows the library's screens; the outcome reaches the merchant's
 // KovenaCallback. Call on the main thread.
-class KovenaSDK
+class KOVENA_EXPORT KovenaSDK
 {
 public:
     static KovenaSDK &instance();

@@ -381,6 +381,57 @@ INSTANTIATE_TEST_SUITE_P(Moments, UpiCancelInFlightTest,
             std::array { "before_proceeding", "during_registration", "while_polling" }[int(info.param)]);
     });
 
+// The cancel question can be open when the collect request is accepted. Only one screen is
+// presented at a time, so the approval notice must wait for the answer: shown once the customer
+// keeps paying, never made (and nothing left behind) once they cancel.
+struct NoticeRow
+{
+    const char *name;
+    const char *answer;
+    bool noticeShown;
+    const char *reports;
+};
+
+class UpiNoticeBehindCancelTest : public UpiScreenTest, public ::testing::WithParamInterface<NoticeRow>
+{
+protected:
+    static int popUpsAlive()
+    {
+        int count = 0;
+        for (QWidget *widget : QApplication::allWidgets())
+            count += widget->inherits("kovena::PopUpViewController") ? 1 : 0;
+        return count;
+    }
+};
+
+TEST_P(UpiNoticeBehindCancelTest, TheApprovalNoticeWaitsForTheAnswerAndNeverLeaks)
+{
+    const NoticeRow &row = GetParam();
+    proceed(u"success@kovena"_s);
+    ASSERT_TRUE(answer(1)); // registered; the collect request is on its way
+    QTest::mouseClick(nav->rightButton(), Qt::LeftButton);
+    ASSERT_TRUE(qobject_cast<AlertController *>(screen->presentedViewController()));
+    ASSERT_TRUE(answer(2)); // accepted while the question is open
+    EXPECT_TRUE(qobject_cast<AlertController *>(screen->presentedViewController()));
+    EXPECT_EQ(popUpsAlive(), 0);
+
+    auto *alert = qobject_cast<AlertController *>(screen->presentedViewController());
+    ASSERT_TRUE(alert);
+    ASSERT_TRUE(alert->trigger(QString::fromLatin1(row.answer)));
+    clock.runDue();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    ViewController *shown = screen->presentedViewController();
+    EXPECT_EQ(shown && shown->storyboardIdentifier() == u"PopUpViewController"_s, row.noticeShown);
+    EXPECT_EQ(popUpsAlive(), row.noticeShown ? 1 : 0);
+    EXPECT_EQ(merchant->statuses().join(u';'), QString::fromLatin1(row.reports));
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, UpiNoticeBehindCancelTest,
+    ::testing::Values(NoticeRow { "keep_paying", "Cancel", true, "" },
+        NoticeRow { "cancel_the_payment", "Proceed", false, "-1 Cancelled" }),
+    [](const auto &info) { return std::string(info.param.name); });
+
 using UpiScreenDeathTest = UpiScreenTest;
 
 TEST_F(UpiScreenDeathTest, ACollectRequestWithoutCollectorIdIsFatal)
