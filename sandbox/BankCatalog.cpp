@@ -56,7 +56,9 @@ BankCatalog::BankCatalog()
 const std::vector<Bank> &BankCatalog::indianBanks()
 {
     // Ids follow the order in which the banks joined, so they say nothing about list positions.
-    static const std::vector<Bank> banks = {
+    // Never destroyed, like every table the server threads read: a host may end the process
+    // while a server thread still runs.
+    static const std::vector<Bank> &banks = *new std::vector<Bank> {
         { 1031, "Airtel Payments Bank", "AIRB" },
         { 1027, "AU Small Finance Bank", "AUSB" },
         { 1004, "Axis Bank", "AXIB" },

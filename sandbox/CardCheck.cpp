@@ -41,7 +41,8 @@ bool isAmex(const std::string &number)
 // Maestro cards may come without CVV or expiry; the card screen sends them as they are.
 bool isMaestro(const std::string &number)
 {
-    static const std::regex prefix("^(5[0678]|6304|6390|67)");
+    // Never destroyed: a host may end the process while a server thread still runs.
+    static const std::regex &prefix = *new std::regex("^(5[0678]|6304|6390|67)");
     return std::regex_search(number, prefix);
 }
 

@@ -26,7 +26,8 @@ std::optional<std::int64_t> parseDecimalId(const std::string &text)
 
 bool isDecimalAmount(const std::string &text)
 {
-    static const std::regex pattern(R"(^[0-9]+(\.[0-9]+)?$)");
+    // Never destroyed: a host may end the process while a server thread still runs.
+    static const std::regex &pattern = *new std::regex(R"(^[0-9]+(\.[0-9]+)?$)");
     return std::regex_match(text, pattern);
 }
 
@@ -102,9 +103,10 @@ bool maskIn(nlohmann::json &value)
 // that follow the two names, as JSON members or form fields.
 std::string maskText(const std::string &body)
 {
-    static const std::regex number(R"re(("cardNumber"\s*:\s*"?|cardNumber=)([0-9]+))re");
-    static const std::regex jsonCvv(R"re(("cvv"\s*:\s*)("[^"]*"?|[0-9]+))re");
-    static const std::regex formCvv(R"re((^|&)cvv=[^&]*)re");
+    // Never destroyed: a host may end the process while a server thread still runs.
+    static const std::regex &number = *new std::regex(R"re(("cardNumber"\s*:\s*"?|cardNumber=)([0-9]+))re");
+    static const std::regex &jsonCvv = *new std::regex(R"re(("cvv"\s*:\s*)("[^"]*"?|[0-9]+))re");
+    static const std::regex &formCvv = *new std::regex(R"re((^|&)cvv=[^&]*)re");
     std::string out;
     auto last = body.cbegin();
     for (std::sregex_iterator it(body.begin(), body.end(), number), end; it != end; ++it) {
