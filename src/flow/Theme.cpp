@@ -50,6 +50,12 @@ void paintButtonBackground(QPushButton *button, const QColor &colour)
 {
     if (!button || !colour.isValid())
         return;
+    // A new style sheet re-polishes the button: screens repaint their proceed button on every
+    // key, and its colour changes a few times per form at most.
+    static constexpr char kPainted[] = "kovenaBackground";
+    if (button->property(kPainted).value<QColor>() == colour)
+        return;
+    button->setProperty(kPainted, colour);
     QPalette palette = button->palette();
     palette.setColor(QPalette::All, QPalette::Button, colour);
     button->setPalette(palette);

@@ -269,11 +269,8 @@ void CardViewController::refreshProceed()
 
 void CardViewController::paintProceed(const std::optional<QColor> &background)
 {
-    // Restyling the button on every key cost more than the rest of the keystroke; the proceed
-    // state changes a few times per card at most.
-    if (!background || btnProceed->palette().color(QPalette::Button) == *background)
-        return;
-    theme::paintButtonBackground(btnProceed, *background);
+    if (background)
+        theme::paintButtonBackground(btnProceed, *background);
 }
 
 void CardViewController::setupMMDropDown()
@@ -281,15 +278,7 @@ void CardViewController::setupMMDropDown()
     QStringList months { u"MM"_s };
     for (int m = 1; m <= 12; ++m)
         months << QString::number(m);
-    mmDropDown.setAnchorView(btnMonth);
-    mmDropDown.setBottomOffset(QPoint(0, btnMonth->height()));
-    mmDropDown.setDataSource(months);
-    mmDropDown.setAccessibleName(u"Expiry month"_s);
-    mmDropDown.setSelectionAction([this](int, const QString &item) {
-        btnMonth->setText(item);
-        month = item;
-        refreshProceed();
-    });
+    setupExpiryDropDown(mmDropDown, btnMonth, months, u"Expiry month"_s, month);
 }
 
 void CardViewController::setupYYYYDropDown()
@@ -298,13 +287,20 @@ void CardViewController::setupYYYYDropDown()
     const int currentYear = QDate::currentDate().year();
     for (int y = currentYear; y < currentYear + kYearsOffered; ++y)
         years << QString::number(y);
-    yyyyDropDown.setAnchorView(btnYear);
-    yyyyDropDown.setBottomOffset(QPoint(0, btnYear->height()));
-    yyyyDropDown.setDataSource(years);
-    yyyyDropDown.setAccessibleName(u"Expiry year"_s);
-    yyyyDropDown.setSelectionAction([this](int, const QString &item) {
-        btnYear->setText(item);
-        year = item;
+    setupExpiryDropDown(yyyyDropDown, btnYear, years, u"Expiry year"_s, year);
+}
+
+// The list opens under its button; a choice shows on the button and is kept in `field`.
+void CardViewController::setupExpiryDropDown(
+    DropDown &list, QPushButton *button, const QStringList &items, const QString &name, QString &field)
+{
+    list.setAnchorView(button);
+    list.setBottomOffset(QPoint(0, button->height()));
+    list.setDataSource(items);
+    list.setAccessibleName(name);
+    list.setSelectionAction([this, button, &field](int, const QString &item) {
+        button->setText(item);
+        field = item;
         refreshProceed();
     });
 }

@@ -92,6 +92,8 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void setupExpiryDropDown(
+        DropDown &list, QPushButton *button, const QStringList &items, const QString &name, QString &field);
     void numberEdited();
     void refreshProceed();
     void paintProceed(const std::optional<QColor> &background);
