@@ -24,9 +24,7 @@ const ReplyTarget target {
         return ReplyHandling::cardPayment(std::move(callback));
     },
     Answer::PaymentParams,
-    [](const Answer &answer) {
-        return answer.first.isEmpty() && answer.second.isEmpty() && answer.third.isEmpty();
-    },
+    isEmptyBankPageAnswer,
     check,
     true,
 };

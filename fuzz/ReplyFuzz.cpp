@@ -133,11 +133,15 @@ bool isDecimalOf(const QString &decimal, const JsonValue *number)
     return ok && QString::number(value) == decimal && JsonValue(value) == *number;
 }
 
+bool isEmptyBankPageAnswer(const Answer &answer)
+{
+    return answer.first.isEmpty() && answer.second.isEmpty() && answer.third.isEmpty();
+}
+
 void checkBankPageAnswer(const Answer &answer, const JsonValue &reply)
 {
     if (!isString(member(reply, "responseCode"), "200MERSUCC")) {
-        require(answer.first.isEmpty() && answer.second.isEmpty() && answer.third.isEmpty(),
-            "a declined payment was not a failure");
+        require(isEmptyBankPageAnswer(answer), "a declined payment was not a failure");
         return;
     }
     const JsonValue *data = member(reply, "data");

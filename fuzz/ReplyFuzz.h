@@ -82,6 +82,8 @@ const JsonValue *member(const JsonValue &object, const char *key);
 bool isString(const JsonValue *member, const char *text);
 // True when `decimal` is the backend's transaction id `number` written in decimal.
 bool isDecimalOf(const QString &decimal, const JsonValue *number);
+// The card and net-banking failure value: three empty strings.
+bool isEmptyBankPageAnswer(const Answer &answer);
 // The card and net-banking answer to a reply whose code is a string: three empty strings when
 // it declines, else the bank page's address and form body and the backend's id, as the reply
 // has them.
