@@ -49,11 +49,11 @@ TEST(LenientReading, keepsOnlyValuesOfTheFieldsKind)
     // A reply, and what the TransactionStatus read from it writes back.
     const std::pair<const char *, const char *> rows[] = { { "{}", "{}" },
         { R"({"data": null})", R"({"data": {}})" }, { R"({"data": "x"})", R"({"data": {}})" },
-        { R"({"data": [{"status": 2}]})", R"({"data": {}})" }, { R"({"success": true})", "{}" },
-        { R"({"responseCode": 200})", "{}" },
-        { R"({"secureHash": null, "responseMessage": ["a"], "csrfToken": {}})", "{}" },
-        { R"({"data": {"status": "2"}})", R"({"data": {}})" },
-        { R"({"data": {"status": 2}})", R"({"data": {"status": 2}})" },
+        { R"({"data": [{"status": 2}]})", R"({"data": {}})" },
+        // What each kind takes is tested below; here, that the envelope's fields are of their kinds.
+        { R"({"success": true, "responseCode": 200, "secureHash": null, "responseMessage": ["a"],
+              "csrfToken": {}})",
+            "{}" },
         { R"({"data": {"requestedAmount": 10.5}})", R"({"data": {}})" },
         { R"({"data": {"requestedAmount": "10.50"}})", R"({"data": {"requestedAmount": "10.50"}})" },
         { R"({"ResponseCode": "x", "data": {"PaymentStatus": 1}})", R"({"data": {}})" },
