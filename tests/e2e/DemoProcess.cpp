@@ -23,6 +23,50 @@ QStringList eventTexts(const std::vector<nlohmann::ordered_json> &events, const 
     return texts;
 }
 
+// Runs kovena-demo with exactly these arguments.
+DemoRun runDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &extra)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("QTWEBENGINE_DISABLE_SANDBOX"), QStringLiteral("1"));
+    environment.insert(extra);
+    process.setProcessEnvironment(environment);
+    process.setProgram(QStringLiteral(KOVENA_DEMO_EXE));
+    process.setArguments(arguments);
+    process.start();
+
+    DemoRun run;
+    if (!process.waitForStarted(10000)) {
+        run.standardError = QStringLiteral("could not start ") + process.program() + QStringLiteral(": ")
+            + process.errorString();
+        return run;
+    }
+    run.finished = process.waitForFinished(limitMs);
+    if (!run.finished) {
+        process.kill();
+        process.waitForFinished(5000);
+    } else {
+        run.exitStatus = process.exitStatus();
+        run.exitCode = process.exitCode();
+    }
+
+    const QByteArray output = process.readAllStandardOutput();
+    run.standardOutput = QString::fromUtf8(output);
+    const QList<QByteArray> lines = output.split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.isEmpty())
+            continue;
+        auto event = nlohmann::ordered_json::parse(line.constBegin(), line.constEnd(), nullptr, false);
+        if (event.is_discarded() || !event.is_object() || !event.contains("event"))
+            run.malformedLines << QString::fromUtf8(line);
+        else
+            run.events.push_back(std::move(event));
+    }
+    run.standardError = QString::fromUtf8(process.readAllStandardError());
+    return run;
+}
+
 } // namespace
 
 std::vector<nlohmann::ordered_json> DemoRun::callbacks() const
@@ -109,49 +153,6 @@ std::string DemoRun::transcript() const
         text += "(not an event) " + line.toStdString() + '\n';
     text += "--- stderr (last 4000 characters)\n" + standardError.right(4000).toStdString();
     return text;
-}
-
-DemoRun runDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &extra)
-{
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("QTWEBENGINE_DISABLE_SANDBOX"), QStringLiteral("1"));
-    environment.insert(extra);
-    process.setProcessEnvironment(environment);
-    process.setProgram(QStringLiteral(KOVENA_DEMO_EXE));
-    process.setArguments(arguments);
-    process.start();
-
-    DemoRun run;
-    if (!process.waitForStarted(10000)) {
-        run.standardError = QStringLiteral("could not start ") + process.program() + QStringLiteral(": ")
-            + process.errorString();
-        return run;
-    }
-    run.finished = process.waitForFinished(limitMs);
-    if (!run.finished) {
-        process.kill();
-        process.waitForFinished(5000);
-    } else {
-        run.exitStatus = process.exitStatus();
-        run.exitCode = process.exitCode();
-    }
-
-    const QByteArray output = process.readAllStandardOutput();
-    run.standardOutput = QString::fromUtf8(output);
-    const QList<QByteArray> lines = output.split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.isEmpty())
-            continue;
-        auto event = nlohmann::ordered_json::parse(line.constBegin(), line.constEnd(), nullptr, false);
-        if (event.is_discarded() || !event.is_object() || !event.contains("event"))
-            run.malformedLines << QString::fromUtf8(line);
-        else
-            run.events.push_back(std::move(event));
-    }
-    run.standardError = QString::fromUtf8(process.readAllStandardError());
-    return run;
 }
 
 DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &environment)

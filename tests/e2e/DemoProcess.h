@@ -56,8 +56,5 @@ bool endedWithOneReport(const DemoRun &run, long long paymentStatus, const QStri
 // kovena* category logs at debug level, so each run shows what the library prints.
 DemoRun runHeadlessDemo(
     const QStringList &arguments, int limitMs = 90000, const QProcessEnvironment &environment = {});
-// Runs kovena-demo with exactly these arguments.
-DemoRun runDemo(
-    const QStringList &arguments, int limitMs = 90000, const QProcessEnvironment &environment = {});
 
 } // namespace kovena::e2e

@@ -49,14 +49,13 @@ TEST(LenientReading, keepsOnlyValuesOfTheFieldsKind)
     // A reply, and what the TransactionStatus read from it writes back.
     const std::pair<const char *, const char *> rows[] = { { "{}", "{}" },
         { R"({"data": null})", R"({"data": {}})" }, { R"({"data": "x"})", R"({"data": {}})" },
-        { R"({"data": [{"status": 2}]})", R"({"data": {}})" }, { R"({"success": true})", "{}" },
-        { R"({"responseCode": 200})", "{}" },
-        { R"({"secureHash": null, "responseMessage": ["a"], "csrfToken": {}})", "{}" },
-        { R"({"data": {"status": "2"}})", R"({"data": {}})" },
-        { R"({"data": {"status": 2}})", R"({"data": {"status": 2}})" },
+        { R"({"data": [{"status": 2}]})", R"({"data": {}})" },
+        // What each kind takes is tested below; here, that the envelope's fields are of their kinds.
+        { R"({"success": true, "responseCode": 200, "secureHash": null, "responseMessage": ["a"],
+              "csrfToken": {}})",
+            "{}" },
         { R"({"data": {"requestedAmount": 10.5}})", R"({"data": {}})" },
         { R"({"data": {"requestedAmount": "10.50"}})", R"({"data": {"requestedAmount": "10.50"}})" },
-        { R"({"data": {"paymentGatewayReferenceNumber": "9"}})", R"({"data": {}})" },
         { R"({"ResponseCode": "x", "data": {"PaymentStatus": 1}})", R"({"data": {}})" },
         { R"({"success": ""})", R"({"success": ""})" },
         // Unknown keys are dropped; the declared order is kept.
@@ -93,7 +92,7 @@ TEST(LenientReading, eachKindTakesOnlyItsOwnValues)
         std::optional<QString> text;
     };
     const Row rows[] = { { "2", 2, 2.0, none }, { "-1", -1, -1.0, none }, { "-0", 0, 0.0, none },
-        { "100", 100, 100.0, none }, { "1234567890123", 1234567890123, 1234567890123.0, none },
+        { "1234567890123", 1234567890123, 1234567890123.0, none },
         { "9223372036854775807", max, 9223372036854775807.0, none },
         { "-9223372036854775808", min, -9223372036854775808.0, none },
         { "9223372036854775808", none, 9223372036854775808.0, none },
@@ -103,11 +102,9 @@ TEST(LenientReading, eachKindTakesOnlyItsOwnValues)
         { "-9223372036854775808.0", min, -9223372036854775808.0, none },
         { "9223372036854775807.0", none, 9223372036854775807.0, none }, // rounds to 2^63 as a double
         { "1e19", none, 1e19, none }, { "-1e19", none, -1e19, none }, { "2.5", none, 2.5, none },
-        { "100.5", none, 100.5, none }, { "-0.25", none, -0.25, none }, { "1e-7", none, 1e-7, none },
-        { "1e-300", none, 1e-300, none }, { "true", none, none, none }, { "false", none, none, none },
+        { "1e-7", none, 1e-7, none }, { "1e-300", none, 1e-300, none }, { "true", none, none, none },
         { "null", none, none, none }, { "[2]", none, none, none }, { "{\"value\": 2}", none, none, none },
-        { "[\"a\"]", none, none, none }, { "\"2\"", none, none, QString("2") },
-        { "\"100\"", none, none, QString("100") }, { R"("")", none, none, QString("") },
+        { "\"2\"", none, none, QString("2") }, { R"("")", none, none, QString("") },
         { R"("\u20b9 10 \u2014 ok")", none, none, QString::fromUtf8("\u20b9 10 \u2014 ok") },
         { R"("a\u0000b")", none, none, QString::fromUtf16(u"a\0b", 3) },
         { R"("\ud83d\ude00")", none, none, QString::fromUtf8("\U0001F600") } };
@@ -215,7 +212,6 @@ TEST(BankList, readsBanksInOrderAndNeverWritesThem)
         { "{}", "absent", "{}" },
         { R"({"data": null})", "[]", "{}" },
         { R"({"data": {}})", "[]", "{}" },
-        { R"({"data": {"netBankingId": 3}})", "[]", "{}" },
         { R"({"data": []})", "[]", "{}" },
         { R"({"Data": [{"netBankingId": 3}]})", "absent", "{}" },
         { R"({"data": [{"netBankingId": 3, "netBankingName": "Bank A", "netbankingCodes": "AB"}]})",

@@ -23,17 +23,16 @@ TEST(MerchantReport, BtnBackBuildsAFreshRecordDismissesThenReportsAtOnce)
     };
     MerchantReport::btnBack(screen, host.merchant, -1);
     host.merchant->onCall = nullptr;
-    for (int status : { -101, -105, -107, 1 })
+    // -105 and -107 reach the merchant through the facade; see the endings table.
+    for (int status : { -101, 1 })
         MerchantReport::btnBack(nullptr, host.merchant, status);
 
     const auto calls = host.merchant->calls();
-    ASSERT_EQ(calls.size(), 5u);
+    ASSERT_EQ(calls.size(), 3u);
     EXPECT_TRUE(calls[0].onMainThread);
     EXPECT_TRUE(dismissedBeforeReport);
     const char *shapes[] = { R"({"data":{"paymentStatus":-1,"description":"Cancelled"}})",
         R"({"data":{"paymentStatus":-101,"description":"Missing SDK params,amount nil "}})",
-        R"({"data":{"paymentStatus":-105,"description":"Missing SDK params,orderId nil"}})",
-        R"({"data":{"paymentStatus":-107,"description":"Error"}})",
         R"({"data":{"paymentStatus":1,"description":"Success"}})" };
     for (std::size_t i = 0; i < calls.size(); ++i)
         EXPECT_EQ(calls[i].record->dictionaryRepresentation(), JsonValue::parse(shapes[i]));
