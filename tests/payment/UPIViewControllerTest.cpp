@@ -16,16 +16,13 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
 #include <utility>
 
 using namespace std::chrono_literals;
