@@ -123,20 +123,6 @@ TEST(CardUtils, TypeMatchesTheWholeDigitStringAndDecidesTheCvvLength)
     }
 }
 
-TEST(CreditCardValidationType, ReadsOnlyStringValuesAndComparesByName)
-{
-    const CreditCardValidationType full(QVariantMap { { u"name"_s, u"Visa"_s }, { u"regex"_s, u"^4"_s } });
-    EXPECT_EQ(full.name, u"Visa"_s);
-    EXPECT_EQ(full.regex, u"^4"_s);
-    const CreditCardValidationType odd(
-        QVariantMap { { u"name"_s, 4 }, { u"regex"_s, QStringList { u"x"_s } } });
-    EXPECT_EQ(odd.name, u""_s);
-    EXPECT_EQ(odd.regex, u""_s);
-    EXPECT_EQ(CreditCardValidationType(QVariantMap {}).name, u""_s);
-    EXPECT_EQ(full, CreditCardValidationType(u"Visa"_s, u"other"_s));
-    EXPECT_FALSE(full == CreditCardValidationType(u"visa"_s, u"^4"_s));
-}
-
 TEST(CardUtils, CvvYearAndMonthRules)
 {
     const CardUtils utils = inJune2031();
