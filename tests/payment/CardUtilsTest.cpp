@@ -101,18 +101,6 @@ TEST(CardUtils, IconFollowsTheIssuer)
         EXPECT_EQ(utils.getCardIssuerIcon(number), icon) << number.toStdString();
 }
 
-TEST(CardUtils, TypeTableIsBuiltOnceInListOrder)
-{
-    const CardUtils utils;
-    const QList<CreditCardValidationType> &types = utils.types();
-    EXPECT_EQ(&utils.types(), &types);
-    QStringList names;
-    for (const CreditCardValidationType &record : types)
-        names << record.name;
-    EXPECT_EQ(names.join(u' '), u"Amex Visa MasterCard Maestro Diners JCB Discover UnionPay Mir Rupay"_s);
-    EXPECT_EQ(types.back().regex, cardrules::issuerRules.back().pattern);
-}
-
 TEST(CardUtils, TypeMatchesTheWholeDigitStringAndDecidesTheCvvLength)
 {
     const std::tuple<QString, Opt, int> rows[] = { { u"4"_s, u"Visa"_s, 3 }, { u"341"_s, {}, 3 },
@@ -133,20 +121,6 @@ TEST(CardUtils, TypeMatchesTheWholeDigitStringAndDecidesTheCvvLength)
         EXPECT_EQ(found ? Opt(found->name) : Opt(), type) << number.toStdString();
         EXPECT_EQ(utils.getCvvLength(number), cvvLength) << number.toStdString();
     }
-}
-
-TEST(CreditCardValidationType, ReadsOnlyStringValuesAndComparesByName)
-{
-    const CreditCardValidationType full(QVariantMap { { u"name"_s, u"Visa"_s }, { u"regex"_s, u"^4"_s } });
-    EXPECT_EQ(full.name, u"Visa"_s);
-    EXPECT_EQ(full.regex, u"^4"_s);
-    const CreditCardValidationType odd(
-        QVariantMap { { u"name"_s, 4 }, { u"regex"_s, QStringList { u"x"_s } } });
-    EXPECT_EQ(odd.name, u""_s);
-    EXPECT_EQ(odd.regex, u""_s);
-    EXPECT_EQ(CreditCardValidationType(QVariantMap {}).name, u""_s);
-    EXPECT_EQ(full, CreditCardValidationType(u"Visa"_s, u"other"_s));
-    EXPECT_FALSE(full == CreditCardValidationType(u"visa"_s, u"^4"_s));
 }
 
 TEST(CardUtils, CvvYearAndMonthRules)

@@ -2,6 +2,7 @@
 // platform: keys go to whichever widget has the keyboard, clicks to the rows' own rectangles.
 // Also the bundled card scheme images the card screen shows beside the number.
 #include "payment/DropDown.h"
+#include "PressKeys.h"
 #include "flow/MainKovena.h"
 #include "payment/DropDownLayout.h"
 
@@ -26,6 +27,7 @@ using namespace Qt::StringLiterals;
 namespace kovena {
 namespace {
 
+using testing::press;
 using Choice = std::pair<int, QString>;
 using Choices = std::vector<Choice>;
 
@@ -69,26 +71,6 @@ protected:
         auto *list = window.findChild<QListView *>(u"dropDownList"_s);
         EXPECT_TRUE(list);
         return list;
-    }
-
-    // "<Down>" presses a named key, any other character is typed; each goes to the widget that
-    // has the keyboard at that moment.
-    static void press(const QString &keys)
-    {
-        static const QHash<QString, Qt::Key> named = { { u"Down"_s, Qt::Key_Down }, { u"Up"_s, Qt::Key_Up },
-            { u"End"_s, Qt::Key_End }, { u"Return"_s, Qt::Key_Return }, { u"Enter"_s, Qt::Key_Enter },
-            { u"Escape"_s, Qt::Key_Escape } };
-        for (qsizetype i = 0; i < keys.size(); ++i) {
-            QWidget *target = QApplication::focusWidget();
-            ASSERT_TRUE(target);
-            if (keys.at(i) == u'<') {
-                const qsizetype end = keys.indexOf(u'>', i);
-                QTest::keyClick(target, named.value(keys.mid(i + 1, end - i - 1)));
-                i = end;
-            } else {
-                QTest::keyClicks(target, QString(keys.at(i)));
-            }
-        }
     }
 
     static QRect globalRect(const QWidget *w) { return { w->mapToGlobal(QPoint(0, 0)), w->size() }; }

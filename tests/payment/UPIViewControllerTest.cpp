@@ -3,29 +3,20 @@
 // clock; the tests wait for them with bounded loops, then move the clock. The enquiry spacing
 // itself is pinned down in the polling tests.
 #include "payment/UPIViewController.h"
+#include "ScreenFixture.h"
 #include "model/TransactionStatus.h"
-#include "platform/ManualScheduler.h"
-#include "platform/NavigationController.h"
-#include "platform/UserDefaults.h"
-#include "support/CountingScheduler.h"
+#include "platform/AlertController.h"
 #include "support/FatalDiagnostic.h"
-#include "support/InProcessBackend.h"
-#include "support/Scoped.h"
-#include "support/ScreenDriving.h"
-#include "support/TestMerchant.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -40,26 +31,17 @@ using testing::kPayEndpoint;
 using testing::kStatusEndpoint;
 using testing::toastsOn;
 
-class UpiScreenTest : public ::testing::Test
+class UpiScreenTest : public testing::ScreenFixture
 {
 protected:
     void SetUp() override
     {
         testing::resetBackendForCheckout(u"upi-test-token"_s);
-
         static int serial = 0;
         reference = u"ORD-UPI-%1"_s.arg(++serial);
-
-        window.resize(375, 667);
-        merchant = new testing::TestMerchant;
-        merchant->setParent(&window);
-        nav = new NavigationController;
         screen = new UPIViewController;
-        testing::handOverCheckout(*screen, merchant, u"249.50"_s, reference, u"COL-77"_s);
-        nav->setViewControllers({ new ViewController, screen.data() });
-        setRootViewController(&window, nav);
-        window.show();
-        clock.runDue();
+        prepare(*screen, u"249.50"_s, reference, u"COL-77"_s);
+        show(screen);
         ASSERT_TRUE(screen->isViewLoaded());
     }
 
@@ -70,19 +52,6 @@ protected:
         QTest::keyClicks(screen->tfUpiId, vpa);
         QTest::mouseClick(screen->btnProceed, Qt::LeftButton);
         clock.runDue();
-    }
-
-    bool arrived(int answers)
-    {
-        return QTest::qWaitFor([&] { return counting.fromOtherThreads() >= answers; }, testing::kWaitMs);
-    }
-
-    // Waits until `answers` backend answers have been queued in all, then runs them.
-    bool answer(int answers)
-    {
-        const bool ok = arrived(answers);
-        clock.runDue();
-        return ok;
     }
 
     // From proceed to the accepted collect request; the clock then stands where polling starts.
@@ -101,13 +70,6 @@ protected:
 
     void confirmCancel(const QString &button) { testing::answerCancelQuestion(nav, screen, button); }
 
-    testing::SwitchableNetwork network;
-    ManualScheduler clock;
-    testing::CountingScheduler counting { clock };
-    ScopedScheduler scoped { counting };
-    QWidget window;
-    QPointer<testing::TestMerchant> merchant;
-    QPointer<NavigationController> nav;
     QPointer<UPIViewController> screen;
     QString reference;
 };
@@ -142,26 +104,14 @@ INSTANTIATE_TEST_SUITE_P(Edits, UpiTypingTest,
         TypingRow { "paste_non_ascii_refused", "ravi", "\u00e4@bank", "ravi" }),
     [](const auto &info) { return std::string(info.param.name); });
 
-struct FlowRow
+// How the screen drives the polling: the enquiries name the merchant's order, then the backend's
+// transaction. The outcomes themselves are rows of the endings table.
+TEST_F(UpiScreenTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnce)
 {
-    const char *name;
-    const char *vpa;
-    std::size_t enquiries;
-    qint64 paymentStatus;
-    const char *description;
-};
-
-class UpiFlowTest : public UpiScreenTest, public ::testing::WithParamInterface<FlowRow>
-{
-};
-
-TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnce)
-{
-    const FlowRow &row = GetParam();
-    acceptCollect(QString::fromUtf8(row.vpa));
+    acceptCollect(u"success@kovena"_s);
     const auto collect = bodiesSentTo(kCollectEndpoint);
     ASSERT_EQ(collect.size(), 1u);
-    EXPECT_EQ(collect[0]["virtualAddress"], row.vpa);
+    EXPECT_EQ(collect[0]["virtualAddress"], "success@kovena");
     const auto transactionId = collect[0]["kovenaRefNumber"].get<std::string>();
     ASSERT_TRUE(screen->presentedViewController());
     EXPECT_EQ(screen->presentedViewController()->storyboardIdentifier(), u"PopUpViewController"_s);
@@ -173,7 +123,7 @@ TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnc
     clock.advance(10999ms);
     EXPECT_EQ(screen->task, collectTask);
 
-    for (std::size_t k = 0; k < row.enquiries; ++k) {
+    for (std::size_t k = 0; k < 3; ++k) { // two pending answers, then the success
         clock.advance(k == 0 ? 1ms : 4000ms);
         ASSERT_TRUE(testing::inProcessBackend().waitForRequests(3 + k, 5000ms));
         const auto enquiries = bodiesSentTo(kStatusEndpoint);
@@ -189,8 +139,8 @@ TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnc
     ASSERT_EQ(calls.size(), 1u);
     const auto &reported = calls[0].record;
     ASSERT_TRUE(reported && reported->data);
-    EXPECT_EQ(reported->data->paymentStatus, row.paymentStatus);
-    EXPECT_EQ(reported->data->description, QString::fromUtf8(row.description));
+    EXPECT_EQ(reported->data->paymentStatus, 1);
+    EXPECT_EQ(reported->data->description, u"Success"_s);
     EXPECT_TRUE(calls[0].onMainThread);
 
     const DataTaskPtr last = screen->task;
@@ -201,12 +151,6 @@ TEST_P(UpiFlowTest, PollsAfterTheAcceptedCollectUntilAFinalStatusAndReportsItOnc
     EXPECT_EQ(bodiesSentTo(kPayEndpoint).size(), 1u);
     EXPECT_TRUE(toasts().isEmpty());
 }
-
-INSTANTIATE_TEST_SUITE_P(Outcomes, UpiFlowTest,
-    ::testing::Values(FlowRow { "success_after_two_pending", "success@kovena", 3, 1, "Success" },
-        FlowRow { "failure_after_two_pending", "failure@kovena", 3, 2, "Fail" },
-        FlowRow { "success_at_once", "success0@kovena", 1, 1, "Success" }),
-    [](const auto &info) { return std::string(info.param.name); });
 
 struct RejectRow
 {
@@ -280,56 +224,35 @@ INSTANTIATE_TEST_SUITE_P(Rejected, UpiRejectTest,
         RejectRow { "network_lost_before_polling", "ravi@okbank", {}, 2, 2, "No Network" }),
     [](const auto &info) { return std::string(info.param.name); });
 
-struct EndRow
-{
-    const char *name;
-    bool offline; // the first answer finds the network gone
-    std::chrono::milliseconds popAfterAnswer; // else the screen is left this long after it
-};
-
-class UpiPollingEndTest : public UpiScreenTest, public ::testing::WithParamInterface<EndRow>
+class UpiLeftWhilePollingTest : public UpiScreenTest,
+                                public ::testing::WithParamInterface<std::chrono::milliseconds>
 {
 };
 
 // Leaving the screen releases it at the event loop's next turn, before any enquiry it scheduled
 // is due: whether the next enquiry still waited on the background queue or already on the main
-// one, it never goes out.
-TEST_P(UpiPollingEndTest, PollingEndsWithoutAnotherEnquiryOrAReport)
+// one, it never goes out. (Polling that ends by a lost network is pinned down in the polling tests.)
+TEST_P(UpiLeftWhilePollingTest, PollingEndsWithoutAnotherEnquiryOrAReport)
 {
-    const EndRow &row = GetParam();
     acceptCollect(u"pending@kovena"_s);
     clock.advance(11000ms);
     ASSERT_TRUE(testing::inProcessBackend().waitForRequests(3, 5000ms));
-    ASSERT_TRUE(arrived(3));
-    network.online = !row.offline;
-    clock.runDue();
-    network.online = true;
+    ASSERT_TRUE(answer(3));
+    clock.advance(GetParam()); // this long after the pending answer
+    nav->popViewController(false);
+    ASSERT_TRUE(screen) << "the popped screen is released by the event loop, not at once";
 
-    if (row.offline) {
-        EXPECT_EQ(toasts(), QStringList { u"No Network"_s });
-    } else {
-        clock.advance(row.popAfterAnswer);
-        nav->popViewController(false);
-        ASSERT_TRUE(screen) << "the popped screen is released by the event loop, not at once";
-    }
     clock.advance(120000ms);
     ASSERT_TRUE(testing::roundTrip());
     clock.advance(120000ms);
     EXPECT_EQ(clock.pendingCount(), 0);
     EXPECT_EQ(merchant->callCount(), 0u);
     EXPECT_EQ(bodiesSentTo(kStatusEndpoint).size(), 1u);
-    if (row.offline) {
-        EXPECT_EQ(toasts(), QStringList { u"No Network"_s }) << "one notice only";
-    } else {
-        EXPECT_FALSE(screen);
-    }
+    EXPECT_FALSE(screen);
 }
 
-INSTANTIATE_TEST_SUITE_P(Moments, UpiPollingEndTest,
-    ::testing::Values(EndRow { "network_lost", true, 0ms },
-        EndRow { "left_before_the_background_step", false, 500ms },
-        EndRow { "left_after_the_hand_over_to_the_main_queue", false, 2000ms }),
-    [](const auto &info) { return std::string(info.param.name); });
+// Before the background step, and after its hand-over to the main queue.
+INSTANTIATE_TEST_SUITE_P(Moments, UpiLeftWhilePollingTest, ::testing::Values(500ms, 2000ms));
 
 enum class CancelAt { Form, Registration, Polling };
 

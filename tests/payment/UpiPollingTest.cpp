@@ -72,8 +72,6 @@ private:
 class UpiPollingTest : public ::testing::Test
 {
 protected:
-    void setOnline(bool online) { network.online = online; }
-
     void reachFirstEnquiry()
     {
         poller->startPolling();
@@ -196,13 +194,13 @@ INSTANTIATE_TEST_SUITE_P(Moments, UpiPollingStopTest,
 TEST_F(UpiPollingTest, LosingTheNetworkStopsThePollingForGoodWithOneNotice)
 {
     reachFirstEnquiry();
-    setOnline(false);
+    network.online = false;
     poller->getTransactionStatus(answer(0));
     clock.advance(30000ms);
     EXPECT_EQ(journal.noNetwork, 1);
 
     // The network comes back and late answers arrive, a final one too: nothing changes.
-    setOnline(true);
+    network.online = true;
     poller->getTransactionStatus(answer(0));
     poller->getTransactionStatus(answer(1));
     clock.advance(30000ms);
