@@ -111,12 +111,11 @@ LogCapture::~LogCapture()
     g_capturing.reset();
 }
 
-Recorder::Call exchange(const char *endpoint, const sandbox::ScriptedReply &reply,
-    const std::function<void(std::shared_ptr<Recorder>)> &send)
+Recorder::Call exchange(const Request &request, const sandbox::ScriptedReply &reply)
 {
-    backend().enqueueReply(endpoint, reply);
+    backend().enqueueReply(request.path, reply);
     auto recorder = std::make_shared<Recorder>();
-    send(recorder);
+    request.send(recorder);
     EXPECT_TRUE(recorder->waitForCallback());
     const auto calls = recorder->calls();
     EXPECT_EQ(calls.size(), 1u) << "every request calls back exactly once";

@@ -21,7 +21,6 @@ sandbox::Sandbox &backend();
 // Clears the sandbox's requests and scripts and the user defaults, then stores a checkout's
 // "retry" (false) and "requestId".
 void resetBackendAndDefaults();
-// Waits, processing Qt events, until `done` holds; false if it never does within 10 s.
 // How long a test waits for a reply before it fails.
 inline constexpr int kWaitMs = 10000;
 // Returns once every block queued on the session thread so far has run.
@@ -121,12 +120,7 @@ inline constexpr Request bankListRequest {
     [](auto cb) { return ApiManager::callApiNBList(cb); },
 };
 
-// Sends one request with `reply` scripted for `endpoint` and returns the only callback.
-Recorder::Call exchange(const char *endpoint, const sandbox::ScriptedReply &reply,
-    const std::function<void(std::shared_ptr<Recorder>)> &send);
-inline Recorder::Call exchange(const Request &request, const sandbox::ScriptedReply &reply)
-{
-    return exchange(request.path, reply, request.send);
-}
+// Sends `request` with `reply` scripted for its path and returns the only callback.
+Recorder::Call exchange(const Request &request, const sandbox::ScriptedReply &reply);
 
 } // namespace kovena::test

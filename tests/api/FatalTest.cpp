@@ -104,7 +104,9 @@ TEST(FatalDeathTest, NonObjectReplyStopsWithoutCallback)
 }
 
 // The replies' required members: each fatal read names its reply and member, and "retry" is stored
-// only once the code said success and before the members that follow are read.
+// only once the code said success and before the members that follow are read. The bank list has
+// no code to test: a reply without "data", or with a bank that is not an object, stops; "retry" is
+// not touched.
 TEST(FatalDeathTest, ReplyWithoutItsMembersStopsWithoutCallback)
 {
 #define OK_DATA(members) R"({"responseCode":"200MERSUCC","data":{)" members "}}"
@@ -112,13 +114,14 @@ TEST(FatalDeathTest, ReplyWithoutItsMembersStopsWithoutCallback)
 #define PAGE R"("paymentData":{"url":"https://b.in/p","data":"a=1"})"
     struct Row
     {
-        const char *reply; // how the diagnostic names the reply
+        const char *reply; // how the diagnostic names the reply; nullptr: no member is named
         Request request;
         const char *body;
         const char *diagnostic; // what fatalError prints for that spot
         bool retryStored;
     };
-    const char *upi = "UPI payment reply", *card = "card payment reply", *nb = "net-banking payment reply";
+    const char *upi = "UPI payment reply", *card = "card payment reply", *nb = "net-banking payment reply",
+               *banks = "bank list reply";
     const Row rows[] = {
         { upi, paymentRequest, R"({"data":{}})", "\"responseCode\" is missing or not a string", false },
         { upi, paymentRequest, R"({"responseCode":200})", "\"responseCode\" is missing or not a string",
@@ -161,6 +164,13 @@ TEST(FatalDeathTest, ReplyWithoutItsMembersStopsWithoutCallback)
             false },
         { nb, netBankingRequest, OK_DATA(R"("kovenaTransactionId":1,"paymentData":{"data":"a=1"})"),
             "\"url\" is missing or not a string", true },
+
+        { banks, bankListRequest, "{}", "\"data\" is missing", false },
+        { banks, bankListRequest, R"({"error":5,"success":"true"})", "\"data\" is missing", false },
+        { nullptr, bankListRequest, R"({"data":[1]})",
+            "BankNB::Data: array element 0 is a number, expected an object", false },
+        { nullptr, bankListRequest, R"({"data":[{"netBankingId":1},null]})",
+            "BankNB::Data: array element 1 is null, expected an object", false },
     };
 #undef PAGE
 #undef REF
@@ -171,28 +181,9 @@ TEST(FatalDeathTest, ReplyWithoutItsMembersStopsWithoutCallback)
             std::signal(SIGABRT, reportRetryOnAbort);
         };
         EXPECT_DEATH(sendAfter(scriptReply, row.request.send),
-            abortWith(std::string(row.reply) + ": member " + row.diagnostic, row.retryStored))
+            abortWith(row.reply ? std::string(row.reply) + ": member " + row.diagnostic : row.diagnostic,
+                row.retryStored))
             << row.body;
-    }
-}
-
-// The bank list has no code to test: a reply without "data", or with a bank that is not an object,
-// stops; "retry" is not touched.
-TEST(FatalDeathTest, BankListWithoutItsBanksStopsWithoutCallback)
-{
-    const std::pair<const char *, const char *> rows[] = {
-        { "{}", "bank list reply: member \"data\" is missing" },
-        { R"({"error":5,"success":"true"})", "bank list reply: member \"data\" is missing" },
-        { R"({"data":[1]})", "BankNB::Data: array element 0 is a number, expected an object" },
-        { R"({"data":[{"netBankingId":1},null]})",
-            "BankNB::Data: array element 1 is null, expected an object" },
-    };
-    for (const auto &[body, diagnostic] : rows) {
-        const Prepare scriptReply = [body](auto &) {
-            backend().enqueueReply(bankListRequest.path, { 200, body });
-            std::signal(SIGABRT, reportRetryOnAbort);
-        };
-        EXPECT_DEATH(sendAfter(scriptReply, bankListRequest.send), abortWith(diagnostic, false)) << body;
     }
 }
 

@@ -78,37 +78,37 @@ QString nextYear()
 } // namespace
 
 const std::array<RequestType, kTypeCount> kRequestTypes { {
-    { "status", false, false,
+    { "status", statusRequest.path, false, false,
         [](auto cb, const QString &) {
             return ApiManager::getTransactionStatus(cb, QStringLiteral("42"), QStringLiteral("ORD-1"));
         },
         describeStatus },
-    { "upiCollect", true, false,
+    { "upiCollect", paymentRequest.path, true, false,
         [](auto cb, const QString &) {
             return ApiManager::payUPICollect(cb, kReference, QStringLiteral("1.00"), QStringLiteral("1001"));
         },
         describeRegistration },
-    { "collectByVpa", false, true,
+    { "collectByVpa", collectRequest.path, false, true,
         [](auto cb, const QString &pendingId) {
             return ApiManager::payUPICollectByVPA(cb, pendingId, kReference, QStringLiteral("1.00"),
                 QStringLiteral("success@kovena"), QStringLiteral("1001"));
         },
         describeCollect },
-    { "card", true, false,
+    { "card", cardRequest.path, true, false,
         [](auto cb, const QString &) {
             return ApiManager::payCard(cb, kReference, QString::fromLatin1(kCardNumber),
                 QString::fromLatin1(kCardName), QStringLiteral("07"), nextYear(), QString::fromLatin1(kCvv),
                 QStringLiteral("1.00"), QStringLiteral("1001"));
         },
         describePaymentParams },
-    { "netBanking", true, false,
+    { "netBanking", netBankingRequest.path, true, false,
         [](auto cb, const QString &) {
             return ApiManager::payNB(
                 cb, kReference, QStringLiteral("1001"), QStringLiteral("1.00"), QStringLiteral("1001"));
         },
         describePaymentParams },
-    { "bankList", false, false, [](auto cb, const QString &) { return ApiManager::callApiNBList(cb); },
-        describeBanks },
+    { "bankList", bankListRequest.path, false, false,
+        [](auto cb, const QString &) { return ApiManager::callApiNBList(cb); }, describeBanks },
 } };
 
 QString registerPendingPayment()

@@ -14,6 +14,7 @@ namespace kovena::test {
 struct RequestType
 {
     const char *name;
+    const char *path; // under the server URL
     bool registersPayment; // a success stores "retry"
     bool namesPendingPayment; // the collect request: it needs a registered UPI payment
     // `pendingId`: that registered payment's id.

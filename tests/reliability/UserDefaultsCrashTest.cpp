@@ -73,7 +73,6 @@ TEST(UserDefaultsCrash, EveryKillLeavesTheOldOrTheNewContent)
 
     int onDisk = 0; // the write number the file holds
     int killedMidWrite = 0;
-    int interruptedSaves = 0;
     for (int round = 0; round < kKills; ++round) {
         SCOPED_TRACE("kill " + std::to_string(round + 1));
         QProcess writer;
@@ -110,18 +109,14 @@ TEST(UserDefaultsCrash, EveryKillLeavesTheOldOrTheNewContent)
         ASSERT_TRUE(generation == oldContent || generation == newContent)
             << "write " << generation << " on disk; expected " << oldContent << " or " << newContent;
         ASSERT_EQ(payload, defaultsPayload(generation)) << "a value cut short";
-        // A kill between a save's temporary file and its rename leaves the file behind; the
-        // store removes it when it is next opened.
-        interruptedSaves += int(filesIn(dir.path()).size()) - 1;
+        // A kill between a save's temporary file and its rename leaves that file behind; the store
+        // removes it when it is next opened.
         EXPECT_EQ(UserDefaults(path).string(QStringLiteral("payload")), payload);
         EXPECT_EQ(filesIn(dir.path()), QStringList { fileName }) << "a temporary file stayed behind";
         onDisk = generation;
     }
     // Most kills land inside a write, since writing is nearly all the writer does.
     EXPECT_GT(killedMidWrite, 0);
-    RecordProperty("killedMidWrite", killedMidWrite);
-    RecordProperty("interruptedSaves", interruptedSaves);
-    RecordProperty("lastWrite", onDisk);
 }
 
 // The temporary file of a save that never got renamed holds a copy of the store; opening the

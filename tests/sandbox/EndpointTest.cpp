@@ -1,5 +1,6 @@
 #include "SandboxClient.h"
 
+#include <functional>
 #include <optional>
 
 namespace kovena::sandbox::test {
@@ -7,9 +8,7 @@ namespace {
 
 using nlohmann::json;
 
-class EndpointTest : public SandboxTest
-{
-};
+using EndpointTest = SandboxTest;
 
 TEST_F(EndpointTest, AuthorizationIsCheckedOnEveryEndpoint)
 {
@@ -42,18 +41,28 @@ TEST_F(EndpointTest, AuthorizationIsCheckedOnEveryEndpoint)
     }
 }
 
-TEST_F(EndpointTest, BodyMustBeAJsonObject)
+// A body that is not a JSON object, a wrong method and an unknown path each get their JSON error;
+// any object, even an empty one, reaches the endpoint.
+TEST_F(EndpointTest, MalformedRequestsGetJsonErrors)
 {
     for (const char *body : { "", "not json", "[1,2]", "\"text\"", "true", "{" }) {
         auto result = post(kStatus, body);
         ASSERT_TRUE(result) << body;
         EXPECT_EQ(json::parse(result->body), json({ { "error", "Bad request" } })) << body;
     }
-    for (const char *body : { "{}", "{\"a\":1}" }) {
-        auto result = post(kStatus, body);
-        ASSERT_TRUE(result) << body;
-        EXPECT_EQ(json::parse(result->body).value("responseCode", ""), "404TXNNOTFOUND") << body;
-    }
+    for (const char *body : { "{}", "{\"a\":1}" })
+        EXPECT_EQ(call(kStatus, json::parse(body)).value("responseCode", ""), "404TXNNOTFOUND") << body;
+
+    httplib::Client client("127.0.0.1", sandbox.port());
+    auto get = client.Get("/KoVena/v1/sdk/payForService");
+    ASSERT_TRUE(get);
+    EXPECT_EQ(json::parse(get->body), json({ { "error", "Method not allowed" } }));
+    auto unknown = post("v1/sdk/unknown", "{}");
+    ASSERT_TRUE(unknown);
+    EXPECT_EQ(json::parse(unknown->body), json({ { "error", "Not found" } }));
+    auto outside = client.Post("/elsewhere", "{}", "application/json");
+    ASSERT_TRUE(outside);
+    EXPECT_EQ(outside->status, 404);
 }
 
 TEST_F(EndpointTest, StatusFindsTransactionsByIdOrReference)
@@ -117,16 +126,7 @@ TEST_F(EndpointTest, ReferenceLookupTakesTheLatestTransaction)
 
 TEST_F(EndpointTest, RegistrationValidatesItsBody)
 {
-    const json valid = { { "requestedAmount", "10.50" }, { "merchantTransactionRefNumber", "ORD-9" },
-        { "serviceType", "0" }, { "collectorId", "COL-7" }, { "retry", false }, { "requestId", "REQ-1" },
-        { "customerMobNum", "9999999999" }, { "customerEmail", "a@b.in" } };
-    struct Row
-    {
-        const char *what;
-        std::function<void(json &)> change;
-        const char *code;
-    };
-    const Row rows[] = {
+    const std::tuple<const char *, std::function<void(json &)>, const char *> rows[] = {
         { "valid", [](json &) {}, "200MERSUCC" },
         { "whole amount", [](json &b) { b["requestedAmount"] = "100"; }, "200MERSUCC" },
         { "empty amount", [](json &b) { b["requestedAmount"] = ""; }, "400BADREQ" },
@@ -142,13 +142,13 @@ TEST_F(EndpointTest, RegistrationValidatesItsBody)
         { "unknown service", [](json &b) { b["serviceType"] = "5"; }, "400SERVICETYPE" },
         { "no service", [](json &b) { b.erase("serviceType"); }, "400SERVICETYPE" },
     };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.what);
-        json body = valid;
-        row.change(body);
+    for (const auto &[what, change, code] : rows) {
+        SCOPED_TRACE(what);
+        json body = registerUpiBody("ORD-9");
+        change(body);
         json reply = call(kPay, body);
-        EXPECT_EQ(reply["responseCode"], row.code);
-        EXPECT_EQ(reply["success"], std::string(row.code) == "200MERSUCC" ? "true" : "false");
+        EXPECT_EQ(reply["responseCode"], code);
+        EXPECT_EQ(reply["success"], std::string(code) == "200MERSUCC" ? "true" : "false");
         EXPECT_TRUE(reply["responseMessage"].is_string());
     }
 }
@@ -189,20 +189,6 @@ TEST_F(EndpointTest, RegistrationCreatesPendingTransactionsThatTakeOneCollect)
         }
     }
     EXPECT_EQ(status(id, "")["data"]["customerVpa"], "someone@okaxis");
-}
-
-TEST_F(EndpointTest, UnknownPathsAndMethodsGetJsonErrors)
-{
-    httplib::Client client("127.0.0.1", sandbox.port());
-    auto get = client.Get("/KoVena/v1/sdk/payForService");
-    ASSERT_TRUE(get);
-    EXPECT_EQ(json::parse(get->body), json({ { "error", "Method not allowed" } }));
-    auto unknown = post("v1/sdk/unknown", "{}");
-    ASSERT_TRUE(unknown);
-    EXPECT_EQ(json::parse(unknown->body), json({ { "error", "Not found" } }));
-    auto outside = client.Post("/elsewhere", "{}", "application/json");
-    ASSERT_TRUE(outside);
-    EXPECT_EQ(outside->status, 404);
 }
 
 } // namespace

@@ -21,6 +21,40 @@ namespace {
 
 const QString kProgram = QStringLiteral(KOVENA_SANDBOX_EXE);
 
+// Starts the program with `args` and returns the port its first line announces for `scheme`,
+// or 0 when the line is not that announcement.
+int startProgram(QProcess &process, const QStringList &args, const std::string &scheme)
+{
+    process.start(kProgram, QStringList { QStringLiteral("--port"), QStringLiteral("0") } + args);
+    EXPECT_TRUE(process.waitForStarted());
+    while (!process.canReadLine() && process.waitForReadyRead(10000)) { }
+    const std::string line = process.readLine().toStdString();
+    std::smatch match;
+    const std::regex announcement(
+        "kovena-sandbox listening on " + scheme + R"(://127\.0\.0\.1:(\d+)/KoVena/\n)");
+    EXPECT_TRUE(std::regex_match(line, match, announcement)) << line;
+    return match.empty() ? 0 : std::stoi(match[1]);
+}
+
+// Posts the status of stored transaction `id` with `client` and returns its paymentStatus.
+template<typename Client> nlohmann::json paymentStatusOf(Client &client, const std::string &id)
+{
+    auto reply = client.Post("/KoVena/v1/sdk/txn/1/false/2", { { "Authorization", "Bearer t" } },
+        R"({"kovenaRefNumber":")" + id + R"(","transactionRefNumber":"","txnOtp":""})",
+        "application/json;charset=UTF-8");
+    EXPECT_TRUE(reply) << httplib::to_string(reply.error());
+    return reply ? nlohmann::json::parse(reply->body)["data"]["paymentStatus"] : nlohmann::json();
+}
+
+// Stops the program with `signal` and expects a clean exit.
+void stopProgram(QProcess &process, int signal)
+{
+    ::kill(static_cast<pid_t>(process.processId()), signal);
+    ASSERT_TRUE(process.waitForFinished(10000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
+}
+
 TEST(SandboxProgram, ServesOnAFreePortRecordsAndStopsOnSignal)
 {
     for (int signal : { SIGTERM, SIGINT }) {
@@ -28,31 +62,13 @@ TEST(SandboxProgram, ServesOnAFreePortRecordsAndStopsOnSignal)
             = ::testing::TempDir() + "sandbox-program-" + std::to_string(::getpid()) + ".jsonl";
         std::remove(record.c_str());
         QProcess process;
-        process.start(kProgram,
-            { QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--record"),
-                QString::fromStdString(record) });
-        ASSERT_TRUE(process.waitForStarted());
-        while (!process.canReadLine() && process.waitForReadyRead(10000)) { }
-
-        const std::string line = process.readLine().toStdString();
-        std::smatch match;
-        ASSERT_TRUE(std::regex_match(
-            line, match, std::regex(R"(kovena-sandbox listening on http://127\.0\.0\.1:(\d+)/KoVena/\n)")))
-            << line;
-        const int port = std::stoi(match[1]);
+        const int port
+            = startProgram(process, { QStringLiteral("--record"), QString::fromStdString(record) }, "http");
         ASSERT_GT(port, 0);
-
         httplib::Client client("127.0.0.1", port);
-        auto reply = client.Post("/KoVena/v1/sdk/txn/1/false/2", { { "Authorization", "Bearer t" } },
-            R"({"kovenaRefNumber":"42","transactionRefNumber":"","txnOtp":""})",
-            "application/json;charset=UTF-8");
-        ASSERT_TRUE(reply);
-        EXPECT_EQ(nlohmann::json::parse(reply->body)["data"]["paymentStatus"], 1);
+        EXPECT_EQ(paymentStatusOf(client, "42"), 1);
+        stopProgram(process, signal);
 
-        ::kill(static_cast<pid_t>(process.processId()), signal);
-        ASSERT_TRUE(process.waitForFinished(10000));
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(process.exitCode(), 0);
         std::ifstream file(record);
         std::string recorded;
         ASSERT_TRUE(std::getline(file, recorded));
@@ -66,16 +82,9 @@ TEST(SandboxProgram, ServesHttpsWithTheCertificateItWritesOut)
     const std::string certificateFile
         = ::testing::TempDir() + "sandbox-certificate-" + std::to_string(::getpid()) + ".pem";
     QProcess process;
-    process.start(kProgram,
-        { QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--https"),
-            QString::fromStdString(certificateFile) });
-    ASSERT_TRUE(process.waitForStarted());
-    while (!process.canReadLine() && process.waitForReadyRead(10000)) { }
-    const std::string line = process.readLine().toStdString();
-    std::smatch match;
-    ASSERT_TRUE(std::regex_match(
-        line, match, std::regex(R"(kovena-sandbox listening on https://127\.0\.0\.1:(\d+)/KoVena/\n)")))
-        << line;
+    const int port = startProgram(
+        process, { QStringLiteral("--https"), QString::fromStdString(certificateFile) }, "https");
+    ASSERT_GT(port, 0);
 
     std::ifstream file(certificateFile);
     const std::string pem((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
@@ -83,18 +92,11 @@ TEST(SandboxProgram, ServesHttpsWithTheCertificateItWritesOut)
     EXPECT_EQ(pem.rfind("-----BEGIN CERTIFICATE-----", 0), 0u);
     EXPECT_EQ(pem.find("PRIVATE KEY"), std::string::npos) << "the key stays in the process";
 
-    httplib::SSLClient client("127.0.0.1", std::stoi(match[1]));
+    httplib::SSLClient client("127.0.0.1", port);
     client.set_ca_cert_store(storeTrusting(pem));
     client.enable_server_certificate_verification(true);
-    auto reply = client.Post("/KoVena/v1/sdk/txn/1/false/2", { { "Authorization", "Bearer t" } },
-        R"({"kovenaRefNumber":"43","transactionRefNumber":"","txnOtp":""})",
-        "application/json;charset=UTF-8");
-    ASSERT_TRUE(reply) << httplib::to_string(reply.error());
-    EXPECT_EQ(nlohmann::json::parse(reply->body)["data"]["paymentStatus"], 2);
-
-    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
-    ASSERT_TRUE(process.waitForFinished(10000));
-    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(paymentStatusOf(client, "43"), 2);
+    stopProgram(process, SIGTERM);
 }
 
 TEST(SandboxProgram, RejectsBadArguments)

@@ -16,9 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 using nlohmann::json;
 
-class RecordingTest : public SandboxTest
-{
-};
+using RecordingTest = SandboxTest;
 
 TEST_F(RecordingTest, HeadersKeepArrivalOrderSpellingAndDuplicates)
 {
@@ -131,6 +129,7 @@ TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
     EXPECT_EQ(sandbox.requests().front().body, card.dump());
 }
 
+// A card registration's body is masked in the record file's test above.
 TEST(CardDataMasking, HidesEveryCardNumberAndCvvOfAnyBody)
 {
     struct Row
@@ -140,9 +139,6 @@ TEST(CardDataMasking, HidesEveryCardNumberAndCvvOfAnyBody)
         std::string masked;
     };
     const Row rows[] = {
-        { "card registration",
-            R"({"cvv":"123","bankAccount":{"cardNumber":"4111111111111111","cardName":"A B"}})",
-            R"({"bankAccount":{"cardName":"A B","cardNumber":"************1111"},"cvv":"***"})" },
         { "numbers as JSON numbers", R"({"bankAccount":{"cardNumber":4111111111111111},"cvv":123})",
             R"({"bankAccount":{"cardNumber":"************1111"},"cvv":"***"})" },
         { "inside an array", R"({"cards":[{"cardNumber":"5555555555554444","cvv":"1234"}]})",

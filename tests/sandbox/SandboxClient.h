@@ -26,6 +26,15 @@ inline X509_STORE *storeTrusting(const std::string &certificatePem)
     return store;
 }
 
+// The local year and month, as the sandbox judges a card's expiry.
+inline std::pair<int, int> currentMonth()
+{
+    std::time_t t = std::time(nullptr);
+    std::tm now {};
+    localtime_r(&t, &now);
+    return { now.tm_year + 1900, now.tm_mon + 1 };
+}
+
 // A started sandbox and a plain HTTP client that speaks to it as the library would.
 class SandboxTest : public ::testing::Test
 {
@@ -61,13 +70,17 @@ protected:
             kStatus, { { "kovenaRefNumber", id }, { "transactionRefNumber", reference }, { "txnOtp", "" } });
     }
 
+    // A UPI registration as the UPI screen sends it.
+    static nlohmann::json registerUpiBody(const std::string &reference, const std::string &amount = "10.50")
+    {
+        return { { "requestedAmount", amount }, { "merchantTransactionRefNumber", reference },
+            { "serviceType", "0" }, { "collectorId", "COL-7" }, { "retry", false }, { "requestId", "REQ-1" },
+            { "customerMobNum", "9999999999" }, { "customerEmail", "a@b.in" } };
+    }
+
     nlohmann::json registerUpi(const std::string &reference, const std::string &amount = "10.50")
     {
-        return call(kPay,
-            { { "requestedAmount", amount }, { "merchantTransactionRefNumber", reference },
-                { "serviceType", "0" }, { "collectorId", "COL-7" }, { "retry", false },
-                { "requestId", "REQ-1" }, { "customerMobNum", "9999999999" },
-                { "customerEmail", "a@b.in" } });
+        return call(kPay, registerUpiBody(reference, amount));
     }
 
     nlohmann::json sendCollect(const std::string &id, const std::string &vpa)
@@ -81,9 +94,6 @@ protected:
     // A card registration as the card screen sends it; the card expires next year.
     static nlohmann::json cardBody(const std::string &reference = "ORD-C")
     {
-        std::time_t t = std::time(nullptr);
-        std::tm now {};
-        localtime_r(&t, &now);
         return { { "cvv", "123" }, { "collectorId", "COL-7" }, { "requestedAmount", "10.50" },
             { "merchantTransactionRefNumber", reference }, { "customerMobNum", "9999999999" },
             { "customerEmail", "a@b.in" }, { "serviceType", "28" }, { "requestId", "REQ-1" },
@@ -91,7 +101,7 @@ protected:
             { "bankAccount",
                 { { "cardNumber", "4111111111111111" }, { "cardName", "Asha Rao" },
                     { "cardExpiryMonth", "12" },
-                    { "cardExpiryYear", std::to_string(now.tm_year + 1901) } } } };
+                    { "cardExpiryYear", std::to_string(currentMonth().first + 1) } } } };
     }
 
     static nlohmann::json netBankingBody(

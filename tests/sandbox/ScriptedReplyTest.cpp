@@ -7,9 +7,7 @@ namespace {
 using namespace std::chrono_literals;
 using nlohmann::json;
 
-class ScriptedReplyTest : public SandboxTest
-{
-};
+using ScriptedReplyTest = SandboxTest;
 
 TEST_F(ScriptedReplyTest, BodyAndStatusAreSentAsScripted)
 {
