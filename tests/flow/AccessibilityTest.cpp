@@ -6,13 +6,13 @@
 #include "api/ApiManager.h"
 #include "flow/MainKovena.h"
 #include "flow/PaymentOptionViewController.h"
+#include "flow/flow_root_support.h"
 #include "payment/NetBankingViewController.h"
 #include "platform/NavigationController.h"
 #include "platform/Reachability.h"
 #include "platform/Storyboard.h"
 #include "sandbox/Sandbox.h"
 #include "sdk/KovenaSDK.h"
-#include "support/TestMerchant.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -203,15 +203,10 @@ INSTANTIATE_TEST_SUITE_P(Screens, TabOrderTest,
             { u"lbAmount"_s, u"cancelButton"_s } },
         WalkRow { "payment_choice_screen", "4", "1499", "PaymentOptionVC",
             [](Checkout &checkout) {
-                auto *chooser = qobject_cast<PaymentOptionViewController *>(
-                    mainKovenaStoryboard().instantiateViewController(u"PaymentOptionViewController"_s));
-                chooser->amount = u"1499"_s;
-                chooser->merchantTransactionRefNumber = u"ORD-A11Y"_s;
-                chooser->accessToken = u"a11y-token"_s;
-                chooser->collectorId = u"COLL-1"_s;
-                chooser->customerMobNum = u"9876543210"_s;
-                chooser->customerEmail = u"asha@example.in"_s;
-                chooser->merchantVC = checkout.merchant;
+                auto *chooser = testing::withCheckoutFields(
+                    qobject_cast<PaymentOptionViewController *>(
+                        mainKovenaStoryboard().instantiateViewController(u"PaymentOptionViewController"_s)),
+                    checkout.merchant);
                 checkout.nav()->pushViewController(chooser, false);
                 ASSERT_TRUE(checkout.reached(u"PaymentOptionViewController"_s));
                 chooser->setFocus(Qt::OtherFocusReason);

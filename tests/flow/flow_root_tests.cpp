@@ -20,19 +20,14 @@ using namespace kovena::testing;
 
 namespace {
 
-sandbox::Sandbox &statusBackend()
-{
-    return inProcessBackend();
-}
-
 class FlowRootTest : public FlowTest
 {
 protected:
     void SetUp() override
     {
         FlowTest::SetUp();
-        statusBackend().clearRequests();
-        statusBackend().clearScriptedReplies();
+        inProcessBackend().clearRequests();
+        inProcessBackend().clearScriptedReplies();
     }
     static InitialViewController *first(MerchantWindow &w)
     {
@@ -85,7 +80,7 @@ TEST_F(FlowRootTest, CheckoutReplacesAnUnloadedEnquiryAndOpensThePaymentOptionSc
     EXPECT_EQ(transition->type, QStringLiteral("moveIn"));
     EXPECT_EQ(transition->subtype, QStringLiteral("fromTop"));
     EXPECT_FALSE(initial->loader().container()->parentWidget()); // no overlay on a checkout
-    EXPECT_TRUE(statusBackend().requests().empty());
+    EXPECT_TRUE(inProcessBackend().requests().empty());
     EXPECT_EQ(host.merchant->callCount(), 0u);
 }
 
@@ -116,7 +111,7 @@ TEST_F(FlowRootTest, StatusEnquiryAsksOnceAndReportsAfterHidingTheOverlay)
     EXPECT_EQ(host.merchant->callCount(), 0u); // nothing reaches the merchant off the main queue
     clock.runDue();
 
-    const auto requests = statusBackend().requests();
+    const auto requests = inProcessBackend().requests();
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].path, "/KoVena/v1/sdk/txn/1/false/2");
     EXPECT_EQ(requests[0].header("Authorization"), "Bearer token-2");
@@ -148,7 +143,7 @@ TEST_F(FlowRootTest, AReplyQueuedForAFlowThatWasReplacedReachesNoOne)
     EXPECT_TRUE(enquiring.isNull());
     EXPECT_EQ(host.merchant->callCount(), 0u);
     EXPECT_EQ(clock.pendingCount(), 0);
-    EXPECT_EQ(statusBackend().requests().size(), 1u);
+    EXPECT_EQ(inProcessBackend().requests().size(), 1u);
 }
 
 // Screens hand the client a callback object and may go away before the reply; the client keeps
@@ -166,7 +161,7 @@ TEST(StatusRequest, TheClientHoldsItsCallbackUntilTheReplyArrives)
     private:
         std::shared_ptr<std::atomic<int>> m_calls;
     };
-    sandbox::Sandbox &backend = statusBackend();
+    sandbox::Sandbox &backend = inProcessBackend();
     backend.clearScriptedReplies();
     sandbox::ScriptedReply slow;
     slow.delay = std::chrono::milliseconds(300);
