@@ -3,16 +3,15 @@
 // Tab must visit the controls in the form's order (amount, the fields in reading order, proceed,
 // then cancel), and every control it reaches, or could reach, has an accessible name and
 // description for a screen reader.
-#include "api/ApiManager.h"
 #include "flow/MainKovena.h"
 #include "flow/PaymentOptionViewController.h"
 #include "flow/flow_root_support.h"
 #include "payment/NetBankingViewController.h"
 #include "platform/NavigationController.h"
-#include "platform/Reachability.h"
 #include "platform/Storyboard.h"
-#include "sandbox/Sandbox.h"
 #include "sdk/KovenaSDK.h"
+#include "support/InProcessBackend.h"
+#include "support/Scoped.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -31,26 +30,6 @@ using namespace Qt::StringLiterals;
 namespace kovena {
 namespace {
 
-sandbox::Sandbox *g_sandbox = nullptr;
-
-class SandboxEnvironment : public ::testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        g_sandbox = new sandbox::Sandbox;
-        ASSERT_NE(g_sandbox->start(), 0);
-        ASSERT_TRUE(ApiManager::setServerUrl(QString::fromStdString(g_sandbox->baseUrl())));
-        reachability::setProbe([] { return std::optional<std::uint32_t>(reachability::Reachable); });
-    }
-    void TearDown() override
-    {
-        reachability::setProbe({});
-        delete std::exchange(g_sandbox, nullptr);
-    }
-};
-[[maybe_unused]] const auto *g_environment = ::testing::AddGlobalTestEnvironment(new SandboxEnvironment);
-
 QString accessible(QWidget *widget, QAccessible::Text what)
 {
     QAccessibleInterface *face = QAccessible::queryAccessibleInterface(widget);
@@ -62,6 +41,7 @@ class Checkout
 public:
     Checkout(const QString &mode, const QString &amount)
     {
+        testing::inProcessBackend(); // the net banking screen asks it for the bank list
         window.resize(360, 640);
         merchant = new testing::TestMerchant;
         merchant->setParent(&window);
@@ -85,6 +65,7 @@ public:
     }
     template<class T = QWidget> T *onTop(const QString &name) const { return top()->findChild<T *>(name); }
 
+    testing::SwitchableNetwork network;
     QWidget window;
     testing::TestMerchant *merchant = nullptr;
 };
@@ -117,6 +98,11 @@ struct WalkRow
     QStringList order; // the object names Tab visits, from the first control on
     bool wraps = false; // a presentation: Tab comes back to its first control
 };
+
+void PrintTo(const WalkRow &row, std::ostream *out)
+{
+    *out << row.name;
+}
 
 class TabOrderTest : public ::testing::TestWithParam<WalkRow>
 {

@@ -80,8 +80,8 @@ TEST_F(PresentationFocusTest, TheKeyboardGoesInStaysInsideAndComesBack)
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
         backward << focused();
     }
-    EXPECT_EQ(forward, test::list({ "second", "first", "second", "first" }));
-    EXPECT_EQ(backward, test::list({ "second", "first", "second", "first" }));
+    EXPECT_EQ(forward, QStringList({ "second", "first", "second", "first" }));
+    EXPECT_EQ(backward, QStringList({ "second", "first", "second", "first" }));
 
     home->dismiss(true);
     EXPECT_EQ(focused(), QStringLiteral("homeProceed"));
