@@ -10,6 +10,8 @@
 #include <QTest>
 #include <QToolBar>
 
+using namespace Qt::StringLiterals;
+
 using namespace kovena;
 using namespace kovena::testing;
 
@@ -17,12 +19,12 @@ namespace {
 
 QList<QLabel *> toastsOf(QWidget *view)
 {
-    return view->findChildren<QLabel *>(QStringLiteral("kovenaToast"), Qt::FindDirectChildrenOnly);
+    return view->findChildren<QLabel *>(u"kovenaToast"_s, Qt::FindDirectChildrenOnly);
 }
 
 QSequentialAnimationGroup *fadeOf(QLabel *toast)
 {
-    return toast->findChild<QSequentialAnimationGroup *>(QStringLiteral("kovenaToastFade"));
+    return toast->findChild<QSequentialAnimationGroup *>(u"kovenaToastFade"_s);
 }
 
 void flushDeletes()
@@ -49,14 +51,14 @@ protected:
 // Toasts are queued to the next turn, coexist, and each is released once its own fade ends.
 TEST_F(ScreenTest, ToastsAppearOnTheNextTurnAndEachIsReleasedOnceFaded)
 {
-    screen->showToast(QStringLiteral("AccessToken Error"));
-    screen->showToast(QStringLiteral("Customer Email Error"));
+    screen->showToast(u"AccessToken Error"_s);
+    screen->showToast(u"Customer Email Error"_s);
     EXPECT_TRUE(toastsOf(screen).isEmpty()); // queued, not shown at once
     clock.runDue();
     auto toasts = toastsOf(screen);
     ASSERT_EQ(toasts.size(), 2);
-    EXPECT_EQ(toasts[0]->text(), QStringLiteral("AccessToken Error"));
-    EXPECT_EQ(toasts[1]->text(), QStringLiteral("Customer Email Error"));
+    EXPECT_EQ(toasts[0]->text(), u"AccessToken Error"_s);
+    EXPECT_EQ(toasts[1]->text(), u"Customer Email Error"_s);
     EXPECT_TRUE(toasts[0]->isVisible());
     auto *effect = qobject_cast<QGraphicsOpacityEffect *>(toasts[0]->graphicsEffect());
     ASSERT_TRUE(effect && fadeOf(toasts[0]) && fadeOf(toasts[1]));
@@ -70,7 +72,7 @@ TEST_F(ScreenTest, ToastsAppearOnTheNextTurnAndEachIsReleasedOnceFaded)
     EXPECT_TRUE(watched.isNull());
     toasts = toastsOf(screen);
     ASSERT_EQ(toasts.size(), 1);
-    EXPECT_EQ(toasts[0]->text(), QStringLiteral("Customer Email Error"));
+    EXPECT_EQ(toasts[0]->text(), u"Customer Email Error"_s);
     EXPECT_EQ(fadeOf(toasts[0])->state(), QAbstractAnimation::Running);
 }
 
@@ -110,7 +112,7 @@ TEST(KeyboardTest, TapsAndTheDoneBarEndEditing)
     auto *screen = new BaseViewController(&window);
     screen->setGeometry(window.rect());
     auto *field = new TextField(screen);
-    field->setObjectName(QStringLiteral("tfSample"));
+    field->setObjectName(u"tfSample"_s);
     field->setGeometry(20, 20, 200, 30);
     screen->loadViewIfNeeded();
     window.show();
@@ -121,7 +123,7 @@ TEST(KeyboardTest, TapsAndTheDoneBarEndEditing)
     EXPECT_EQ(field->inputAccessoryView(), bar);
     const auto actions = bar->actions();
     ASSERT_EQ(actions.size(), 2); // the flexible space, then "Done"
-    EXPECT_EQ(actions.back()->text(), QStringLiteral("Done"));
+    EXPECT_EQ(actions.back()->text(), u"Done"_s);
 
     const std::function<void()> ways[]
         = { [&] { QTest::mouseClick(screen, Qt::LeftButton, {}, QPoint(300, 600)); },

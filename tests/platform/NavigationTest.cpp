@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 namespace {
 
@@ -115,30 +117,30 @@ TEST_F(NavigationTest, PushFromWillAppearEndsOnThePushedScreen)
     nav.setViewControllers({ first });
     nav.appear();
     EXPECT_EQ(nav.topViewController(), second);
-    EXPECT_EQ(journal.count(QStringLiteral("second.load")), 1);
-    EXPECT_EQ(journal.last(), QStringLiteral("second.didAppear"));
-    EXPECT_FALSE(journal.contains(QStringLiteral("first.didAppear")));
+    EXPECT_EQ(journal.count(u"second.load"_s), 1);
+    EXPECT_EQ(journal.last(), u"second.didAppear"_s);
+    EXPECT_FALSE(journal.contains(u"first.didAppear"_s));
 }
 
 TEST_F(NavigationTest, NavigationBarFollowsTheTopScreen)
 {
     auto *first = screen("first");
-    first->navigationItem().title = QStringLiteral("Options");
+    first->navigationItem().title = u"Options"_s;
     nav.setViewControllers({ first });
     nav.show();
     nav.appear();
     EXPECT_FALSE(nav.backButton()->isVisible()) << "nothing to go back to";
-    EXPECT_EQ(nav.findChild<QLabel *>(QStringLiteral("navTitle"))->text(), QStringLiteral("Options"));
+    EXPECT_EQ(nav.findChild<QLabel *>(u"navTitle"_s)->text(), u"Options"_s);
 
     auto *second = screen("second");
-    second->navigationItem().rightBarButtonItem = BarButtonItem { QStringLiteral("Cancel"), Qt::red, [] {} };
+    second->navigationItem().rightBarButtonItem = BarButtonItem { u"Cancel"_s, Qt::red, [] {} };
     nav.pushViewController(second, false);
     EXPECT_TRUE(nav.backButton()->isVisible());
     EXPECT_TRUE(nav.rightButton()->isVisible());
     journal.clear();
     QTest::mouseClick(nav.backButton(), Qt::LeftButton);
     EXPECT_EQ(nav.topViewController(), first);
-    EXPECT_TRUE(journal.contains(QStringLiteral("second.didDisappear(moving)")));
+    EXPECT_TRUE(journal.contains(u"second.didDisappear(moving)"_s));
     EXPECT_FALSE(nav.rightButton()->isVisible());
 }
 
@@ -148,7 +150,7 @@ using RootTest = NavigationTest;
 TEST_F(RootTest, MainWindowKeepsTheMerchantWidgetAndLoadsTheRootOnTheNextTurn)
 {
     QMainWindow window;
-    QPointer<QWidget> merchant = new QLabel(QStringLiteral("merchant"));
+    QPointer<QWidget> merchant = new QLabel(u"merchant"_s);
     window.setCentralWidget(merchant);
     window.show();
 
@@ -180,7 +182,7 @@ TEST_F(RootTest, PlainWindowCoversTheMerchantAndAReplacedRootNeverLoads)
 {
     QWidget window;
     window.resize(400, 700);
-    QPointer<QWidget> merchant = new QPushButton(QStringLiteral("Pay"), &window);
+    QPointer<QWidget> merchant = new QPushButton(u"Pay"_s, &window);
     window.show();
 
     auto *stale = screen("stale");
@@ -204,7 +206,7 @@ TEST_F(RootTest, PlainWindowCoversTheMerchantAndAReplacedRootNeverLoads)
 TEST_F(RootTest, ARootInAWindowNotShownLoadsWhenTheWindowIsShown)
 {
     QMainWindow window;
-    QPointer<QWidget> merchant = new QLabel(QStringLiteral("merchant"));
+    QPointer<QWidget> merchant = new QLabel(u"merchant"_s);
     window.setCentralWidget(merchant);
 
     auto *nav = new NavigationController;

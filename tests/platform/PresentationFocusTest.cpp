@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 namespace {
 
@@ -41,7 +43,7 @@ protected:
     {
         window.resize(360, 640);
         nav = new NavigationController;
-        home = new ButtonsScreen({ QStringLiteral("homeField"), QStringLiteral("homeProceed") });
+        home = new ButtonsScreen({ u"homeField"_s, u"homeProceed"_s });
         nav->setViewControllers({ home });
         setRootViewController(&window, nav);
         window.show();
@@ -63,12 +65,12 @@ protected:
 
 TEST_F(PresentationFocusTest, TheKeyboardGoesInStaysInsideAndComesBack)
 {
-    home->findChild<QWidget *>(QStringLiteral("homeProceed"))->setFocus();
-    auto *sheet = new ButtonsScreen({ QStringLiteral("first"), QStringLiteral("second") });
+    home->findChild<QWidget *>(u"homeProceed"_s)->setFocus();
+    auto *sheet = new ButtonsScreen({ u"first"_s, u"second"_s });
     int dismissals = 0;
     QObject::connect(home, &ViewController::presentedViewControllerDismissed, home, [&] { ++dismissals; });
     home->present(sheet, true);
-    EXPECT_EQ(focused(), QStringLiteral("first"));
+    EXPECT_EQ(focused(), u"first"_s);
 
     // Forward and backward, Tab never leaves the presentation for the screen beneath it.
     QStringList forward, backward;
@@ -84,18 +86,18 @@ TEST_F(PresentationFocusTest, TheKeyboardGoesInStaysInsideAndComesBack)
     EXPECT_EQ(backward, QStringList({ "second", "first", "second", "first" }));
 
     home->dismiss(true);
-    EXPECT_EQ(focused(), QStringLiteral("homeProceed"));
+    EXPECT_EQ(focused(), u"homeProceed"_s);
     EXPECT_EQ(dismissals, 1);
 }
 
 TEST_F(PresentationFocusTest, ARefusedPresentationIsReleasedUnlessSomeoneOwnsIt)
 {
-    QPointer<ViewController> shown = new ButtonsScreen({ QStringLiteral("first") });
+    QPointer<ViewController> shown = new ButtonsScreen({ u"first"_s });
     home->present(shown, true);
 
-    QPointer<ViewController> orphan = new ButtonsScreen({ QStringLiteral("orphan") });
+    QPointer<ViewController> orphan = new ButtonsScreen({ u"orphan"_s });
     QWidget owner;
-    QPointer<ViewController> owned = new ButtonsScreen({ QStringLiteral("owned") });
+    QPointer<ViewController> owned = new ButtonsScreen({ u"owned"_s });
     owned->setParent(&owner);
     home->present(orphan, true);
     home->present(owned, true);

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 namespace {
 
@@ -26,7 +28,7 @@ protected:
         window.resize(360, 640);
         window.show();
         nav = new NavigationController;
-        home = new RecordingScreen(QStringLiteral("home"), &journal);
+        home = new RecordingScreen(u"home"_s, &journal);
         nav->setViewControllers({ home });
         setRootViewController(&window, nav);
         clock.runDue();
@@ -43,7 +45,7 @@ protected:
 
 TEST_F(PresentationTest, PresentedScreenCoversTheWindowAndDismissReleasesIt)
 {
-    auto *popup = new RecordingScreen(QStringLiteral("popup"), &journal);
+    auto *popup = new RecordingScreen(u"popup"_s, &journal);
     QPointer<ViewController> guard = popup;
     home->present(popup, true);
     EXPECT_EQ(journal, QStringList({ "popup.load", "popup.willAppear", "popup.didAppear" }))
@@ -69,7 +71,7 @@ TEST_F(PresentationTest, DismissOnlyEverRemovesAPresentation)
     for (const auto &[presentFirst, fromPresented] :
         { std::pair { true, false }, { true, true }, { false, false } }) {
         SCOPED_TRACE(::testing::Message() << presentFirst << fromPresented);
-        QPointer<ViewController> popup = new RecordingScreen(QStringLiteral("popup"), &journal);
+        QPointer<ViewController> popup = new RecordingScreen(u"popup"_s, &journal);
         if (presentFirst)
             home->present(popup, false);
         (fromPresented ? popup.data() : static_cast<ViewController *>(home))->dismiss(true);
@@ -85,13 +87,13 @@ TEST_F(PresentationTest, DismissOnlyEverRemovesAPresentation)
 TEST_F(PresentationTest, ScreenInsideAPresentedStackDismissesTheWholeStack)
 {
     auto *modal = new NavigationController;
-    auto *inner = new RecordingScreen(QStringLiteral("inner"), &journal);
+    auto *inner = new RecordingScreen(u"inner"_s, &journal);
     modal->setViewControllers({ inner });
     QPointer<NavigationController> modalGuard = modal;
     home->present(modal, true);
-    EXPECT_EQ(journal.last(), QStringLiteral("inner.didAppear"));
+    EXPECT_EQ(journal.last(), u"inner.didAppear"_s);
     inner->dismiss(true);
-    EXPECT_EQ(journal.last(), QStringLiteral("inner.didDisappear"));
+    EXPECT_EQ(journal.last(), u"inner.didDisappear"_s);
     flushDeletes();
     EXPECT_TRUE(modalGuard.isNull());
 }
@@ -100,16 +102,14 @@ TEST_F(PresentationTest, ScreenInsideAPresentedStackDismissesTheWholeStack)
 TEST_F(PresentationTest, AlertRunsTheTappedActionThenClosesAndRefusesAnActionItLacks)
 {
     QStringList ran;
-    QPointer<AlertController> alert = new AlertController(QString(), QStringLiteral("Sure?"));
-    alert->addAction(
-        { QStringLiteral("Cancel"), AlertController::ActionStyle::Cancel, [&] { ran << "no"; } });
-    alert->addAction(
-        { QStringLiteral("Proceed"), AlertController::ActionStyle::Default, [&] { ran << "yes"; } });
+    QPointer<AlertController> alert = new AlertController(QString(), u"Sure?"_s);
+    alert->addAction({ u"Cancel"_s, AlertController::ActionStyle::Cancel, [&] { ran << "no"; } });
+    alert->addAction({ u"Proceed"_s, AlertController::ActionStyle::Default, [&] { ran << "yes"; } });
     home->present(alert, true);
-    EXPECT_EQ(alert->findChild<QLabel *>(QStringLiteral("alertTitle")), nullptr) << "no title was given";
-    EXPECT_FALSE(alert->trigger(QStringLiteral("Maybe")));
+    EXPECT_EQ(alert->findChild<QLabel *>(u"alertTitle"_s), nullptr) << "no title was given";
+    EXPECT_FALSE(alert->trigger(u"Maybe"_s));
     EXPECT_EQ(home->presentedViewController(), alert.data());
-    QTest::mouseClick(alert->findChild<QPushButton *>(QStringLiteral("alertAction1")), Qt::LeftButton);
+    QTest::mouseClick(alert->findChild<QPushButton *>(u"alertAction1"_s), Qt::LeftButton);
     EXPECT_EQ(ran, QStringList({ "yes" }));
     EXPECT_EQ(home->presentedViewController(), nullptr);
     flushDeletes();
@@ -137,32 +137,30 @@ class StoryboardTest : public ::testing::Test
 protected:
     StoryboardTest()
     {
-        board.registerScene(
-            QStringLiteral("Source"), [this] { return new SegueSource(QStringLiteral("source"), &journal); });
-        board.registerScene(QStringLiteral("Target"),
-            [this] { return new RecordingScreen(QStringLiteral("target"), &journal); });
-        board.registerSegue(QStringLiteral("toTarget"), QStringLiteral("Target"));
+        board.registerScene(u"Source"_s, [this] { return new SegueSource(u"source"_s, &journal); });
+        board.registerScene(u"Target"_s, [this] { return new RecordingScreen(u"target"_s, &journal); });
+        board.registerSegue(u"toTarget"_s, u"Target"_s);
     }
     QStringList journal;
-    Storyboard board { QStringLiteral("MainKovena") };
+    Storyboard board { u"MainKovena"_s };
 };
 
 TEST_F(StoryboardTest, SeguePreparesThenPushesOnTheSourceStack)
 {
     NavigationController nav;
-    auto *source = static_cast<SegueSource *>(board.instantiateViewController(QStringLiteral("Source")));
+    auto *source = static_cast<SegueSource *>(board.instantiateViewController(u"Source"_s));
     nav.setViewControllers({ source });
     nav.appear();
     QObject sender;
-    source->performSegue(QStringLiteral("toTarget"), &sender);
+    source->performSegue(u"toTarget"_s, &sender);
 
-    EXPECT_EQ(source->prepared.identifier, QStringLiteral("toTarget"));
+    EXPECT_EQ(source->prepared.identifier, u"toTarget"_s);
     EXPECT_EQ(source->prepared.source, source);
     EXPECT_EQ(source->preparedSender, &sender);
     EXPECT_FALSE(source->destinationLoadedAtPrepare);
     EXPECT_EQ(nav.topViewController(), source->prepared.destination);
-    EXPECT_EQ(nav.topViewController()->storyboardIdentifier(), QStringLiteral("Target"));
-    EXPECT_EQ(journal.last(), QStringLiteral("target.didAppear"));
+    EXPECT_EQ(nav.topViewController()->storyboardIdentifier(), u"Target"_s);
+    EXPECT_EQ(journal.last(), u"target.didAppear"_s);
 }
 
 using StoryboardDeathTest = StoryboardTest;
@@ -170,18 +168,18 @@ using StoryboardDeathTest = StoryboardTest;
 TEST_F(StoryboardDeathTest, UnknownIdentifiersAreFatal)
 {
     using testing::fatalLine;
-    EXPECT_DEATH(board.instantiateViewController(QStringLiteral("PaymentOptionVc")),
+    EXPECT_DEATH(board.instantiateViewController(u"PaymentOptionVc"_s),
         fatalLine(R"(storyboard MainKovena has no scene "PaymentOptionVc")"));
-    board.registerScene(QStringLiteral("Empty"), [] { return nullptr; });
-    EXPECT_DEATH(board.instantiateViewController(QStringLiteral("Empty")),
+    board.registerScene(u"Empty"_s, [] { return nullptr; });
+    EXPECT_DEATH(board.instantiateViewController(u"Empty"_s),
         fatalLine(R"(storyboard MainKovena made no screen for the scene "Empty")"));
-    std::unique_ptr<ViewController> source(board.instantiateViewController(QStringLiteral("Source")));
-    EXPECT_DEATH(source->performSegue(QStringLiteral("toNowhere"), nullptr),
+    std::unique_ptr<ViewController> source(board.instantiateViewController(u"Source"_s));
+    EXPECT_DEATH(source->performSegue(u"toNowhere"_s, nullptr),
         fatalLine(R"(storyboard MainKovena has no segue "toNowhere")"));
-    EXPECT_DEATH(board.performSegue(nullptr, QStringLiteral("toTarget"), nullptr),
+    EXPECT_DEATH(board.performSegue(nullptr, u"toTarget"_s, nullptr),
         fatalLine(R"(storyboard MainKovena performed the segue "toTarget" without a source screen)"));
-    RecordingScreen loose(QStringLiteral("loose"), &journal);
-    EXPECT_DEATH(loose.performSegue(QStringLiteral("toTarget"), nullptr),
+    RecordingScreen loose(u"loose"_s, &journal);
+    EXPECT_DEATH(loose.performSegue(u"toTarget"_s, nullptr),
         fatalLine(R"(performSegue "toTarget": the screen does not come from a storyboard)"));
 }
 

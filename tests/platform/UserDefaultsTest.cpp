@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 namespace {
 
@@ -34,7 +36,7 @@ void expectEntries(const UserDefaults &d, const Entries &entries)
 class UserDefaultsTest : public ::testing::Test
 {
 protected:
-    QString path() const { return m_dir.filePath(QStringLiteral("defaults.json")); }
+    QString path() const { return m_dir.filePath(u"defaults.json"_s); }
 
     QTemporaryDir m_dir;
 };
@@ -43,17 +45,17 @@ TEST_F(UserDefaultsTest, KindsAreKeptApartAndSurviveAReopenWithOverwritesAndRemo
 {
     {
         UserDefaults d(path());
-        d.setString(QStringLiteral("accessToken"), QStringLiteral("true"));
-        d.setString(QStringLiteral("retry"), QStringLiteral("yes"));
-        d.setBool(QStringLiteral("retry"), false); // overwriting changes the kind
-        d.setNumber(QStringLiteral("count"), 1.0);
-        d.setString(QStringLiteral("empty"), QString());
-        d.setString(QStringLiteral("gone"), QStringLiteral("x"));
-        d.remove(QStringLiteral("gone"));
+        d.setString(u"accessToken"_s, u"true"_s);
+        d.setString(u"retry"_s, u"yes"_s);
+        d.setBool(u"retry"_s, false); // overwriting changes the kind
+        d.setNumber(u"count"_s, 1.0);
+        d.setString(u"empty"_s, QString());
+        d.setString(u"gone"_s, u"x"_s);
+        d.remove(u"gone"_s);
     }
     expectEntries(UserDefaults(path()),
-        { { "accessToken", QStringLiteral("true") }, { "retry", false }, { "count", 1.0 },
-            { "empty", QString() }, { "gone", std::nullopt }, { "absent", std::nullopt } });
+        { { "accessToken", u"true"_s }, { "retry", false }, { "count", 1.0 }, { "empty", QString() },
+            { "gone", std::nullopt }, { "absent", std::nullopt } });
 }
 
 // A file that is not a JSON object loads as empty; in one that is, only the kinds the store
@@ -66,8 +68,8 @@ TEST_F(UserDefaultsTest, AFileLoadsOnlyWhatTheStoreKeepsAndTheNextWriteReplacesI
         { "\"just a string\"", { { "anything", std::nullopt } } },
         { "", { { "anything", std::nullopt } } },
         { R"({"a": null, "b": [1], "c": {"x": 1}, "d": "kept", "e": 2.5, "f": true})",
-            { { "a", std::nullopt }, { "b", std::nullopt }, { "c", std::nullopt },
-                { "d", QStringLiteral("kept") }, { "e", 2.5 }, { "f", true } } },
+            { { "a", std::nullopt }, { "b", std::nullopt }, { "c", std::nullopt }, { "d", u"kept"_s },
+                { "e", 2.5 }, { "f", true } } },
     };
     for (const auto &[bytes, entries] : rows) {
         SCOPED_TRACE(bytes.toStdString());
@@ -77,16 +79,16 @@ TEST_F(UserDefaultsTest, AFileLoadsOnlyWhatTheStoreKeepsAndTheNextWriteReplacesI
         f.close();
         UserDefaults d(path());
         expectEntries(d, entries);
-        d.setString(QStringLiteral("k"), QStringLiteral("v"));
-        expectEntries(UserDefaults(path()), { { "k", QStringLiteral("v") } });
+        d.setString(u"k"_s, u"v"_s);
+        expectEntries(UserDefaults(path()), { { "k", u"v"_s } });
     }
 }
 
 TEST_F(UserDefaultsTest, UnwritableLocationReportsFailureButKeepsValuesInMemory)
 {
-    UserDefaults d(m_dir.filePath(QStringLiteral("missing/folder/defaults.json")));
-    d.setString(QStringLiteral("k"), QStringLiteral("v"));
-    EXPECT_EQ(d.string(QStringLiteral("k")), QStringLiteral("v"));
+    UserDefaults d(m_dir.filePath(u"missing/folder/defaults.json"_s));
+    d.setString(u"k"_s, u"v"_s);
+    EXPECT_EQ(d.string(u"k"_s), u"v"_s);
     EXPECT_FALSE(d.synchronize());
     UserDefaults memoryOnly { QString() };
     EXPECT_TRUE(memoryOnly.synchronize());
@@ -99,14 +101,14 @@ TEST_F(UserDefaultsTest, ConcurrentWritersLoseNothing)
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([&d, t] {
             for (int i = 0; i < 25; ++i)
-                d.setNumber(QStringLiteral("t%1-%2").arg(t).arg(i), t * 100 + i);
+                d.setNumber(u"t%1-%2"_s.arg(t).arg(i), t * 100 + i);
         });
     for (auto &t : threads)
         t.join();
     UserDefaults reread(path());
     for (int t = 0; t < 4; ++t)
         for (int i = 0; i < 25; ++i)
-            ASSERT_EQ(reread.number(QStringLiteral("t%1-%2").arg(t).arg(i)), t * 100 + i);
+            ASSERT_EQ(reread.number(u"t%1-%2"_s.arg(t).arg(i)), t * 100 + i);
 }
 
 TEST_F(UserDefaultsTest, StandardStoreMovesWithItsLocationAndResetClearsTheFile)
@@ -117,14 +119,13 @@ TEST_F(UserDefaultsTest, StandardStoreMovesWithItsLocationAndResetClearsTheFile)
 
     UserDefaults::setStandardLocation(m_dir.path());
     EXPECT_EQ(&UserDefaults::standard(), &standard);
-    EXPECT_EQ(standard.filePath(), m_dir.filePath(QStringLiteral("kovena-defaults.json")));
-    standard.setString(QStringLiteral("customerEmail"), QStringLiteral("a@b.in"));
-    EXPECT_EQ(
-        UserDefaults(standard.filePath()).string(QStringLiteral("customerEmail")), QStringLiteral("a@b.in"));
+    EXPECT_EQ(standard.filePath(), m_dir.filePath(u"kovena-defaults.json"_s));
+    standard.setString(u"customerEmail"_s, u"a@b.in"_s);
+    EXPECT_EQ(UserDefaults(standard.filePath()).string(u"customerEmail"_s), u"a@b.in"_s);
 
     UserDefaults::resetStandardUserDefaults();
-    EXPECT_FALSE(standard.contains(QStringLiteral("customerEmail")));
-    EXPECT_FALSE(UserDefaults(standard.filePath()).contains(QStringLiteral("customerEmail")));
+    EXPECT_FALSE(standard.contains(u"customerEmail"_s));
+    EXPECT_FALSE(UserDefaults(standard.filePath()).contains(u"customerEmail"_s));
 
     UserDefaults::setStandardLocation(previousFolder);
     EXPECT_EQ(standard.filePath(), previousFile);
