@@ -5,9 +5,11 @@
 #include "platform/Storyboard.h"
 #include "support/FatalDiagnostic.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
+#include <QVBoxLayout>
 
 #include <gtest/gtest.h>
 
@@ -19,7 +21,20 @@ namespace {
 using test::flushDeletes;
 using test::RecordingScreen;
 
-// A window whose root is a navigation stack with one loaded screen on top.
+// Puts named buttons on `screen`, one above the other.
+template<class Screen> Screen *withButtons(Screen *screen, const QStringList &names)
+{
+    auto *layout = new QVBoxLayout(screen);
+    for (const QString &name : names) {
+        auto *button = new QPushButton(name, screen);
+        button->setObjectName(name);
+        button->setFocusPolicy(Qt::StrongFocus);
+        layout->addWidget(button);
+    }
+    return screen;
+}
+
+// An active window whose root is a navigation stack with one loaded screen on top.
 class PresentationTest : public ::testing::Test
 {
 protected:
@@ -27,12 +42,17 @@ protected:
     {
         window.resize(360, 640);
         window.show();
+        QApplication::setActiveWindow(&window);
         nav = new NavigationController;
-        home = new RecordingScreen(u"home"_s, &journal);
+        home = withButtons(new RecordingScreen(u"home"_s, &journal), { u"homeField"_s, u"homeProceed"_s });
         nav->setViewControllers({ home });
         setRootViewController(&window, nav);
         clock.runDue();
         journal.clear();
+    }
+    static QString focused()
+    {
+        return QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
     }
 
     ManualScheduler clock;
@@ -114,6 +134,57 @@ TEST_F(PresentationTest, AlertRunsTheTappedActionThenClosesAndRefusesAnActionItL
     EXPECT_EQ(home->presentedViewController(), nullptr);
     flushDeletes();
     EXPECT_TRUE(alert.isNull());
+}
+
+// A presentation is modal for the keyboard too: it takes the keyboard when it shows, keeps Tab
+// among its own controls, and gives the keyboard back when it goes. A second presentation while
+// one is shown is refused, and a refused screen nobody owns is released, not leaked.
+TEST_F(PresentationTest, TheKeyboardGoesInStaysInsideAndComesBack)
+{
+    home->findChild<QWidget *>(u"homeProceed"_s)->setFocus();
+    auto *sheet = withButtons(new ViewController, { u"first"_s, u"second"_s });
+    int dismissals = 0;
+    QObject::connect(home, &ViewController::presentedViewControllerDismissed, home, [&] { ++dismissals; });
+    home->present(sheet, true);
+    EXPECT_EQ(focused(), u"first"_s);
+
+    // Forward and backward, Tab never leaves the presentation for the screen beneath it.
+    QStringList forward, backward;
+    for (int i = 0; i < 4; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        forward << focused();
+    }
+    for (int i = 0; i < 4; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+        backward << focused();
+    }
+    EXPECT_EQ(forward, QStringList({ "second", "first", "second", "first" }));
+    EXPECT_EQ(backward, QStringList({ "second", "first", "second", "first" }));
+
+    home->dismiss(true);
+    EXPECT_EQ(focused(), u"homeProceed"_s);
+    EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(PresentationTest, ARefusedPresentationIsReleasedUnlessSomeoneOwnsIt)
+{
+    QPointer<ViewController> shown = withButtons(new ViewController, { u"first"_s });
+    home->present(shown, true);
+
+    QPointer<ViewController> orphan = withButtons(new ViewController, { u"orphan"_s });
+    QWidget owner;
+    QPointer<ViewController> owned = withButtons(new ViewController, { u"owned"_s });
+    owned->setParent(&owner);
+    home->present(orphan, true);
+    home->present(owned, true);
+    flushDeletes();
+
+    EXPECT_EQ(home->presentedViewController(), shown.data());
+    EXPECT_TRUE(shown);
+    EXPECT_FALSE(orphan) << "a refused presentation nobody owns must not leak";
+    ASSERT_TRUE(owned) << "a refused screen with an owner stays the owner's";
+    EXPECT_EQ(owned->parent(), &owner);
+    EXPECT_FALSE(owned->isVisible());
 }
 
 class SegueSource : public RecordingScreen
