@@ -121,24 +121,23 @@ TEST_P(TabOrderTest, TabVisitsEveryControlInTheFormsOrderAndEachIsNamedAndDescri
     if (HasFatalFailure())
         return;
 
-    // A presentation hands the keyboard to its first control once its controls show.
+    QWidget *walked = checkout.top();
     if (row.wraps) {
-        QWidget *presented = checkout.top()->presentedViewController();
-        ASSERT_TRUE(presented);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !tabStopsOf(presented).isEmpty(); }));
-        // Still on the presentation itself: Tab enters its controls.
-        if (QApplication::focusWidget() == presented)
-            QTest::keyClick(presented, Qt::Key_Tab);
+        // A presentation hands the keyboard to its first control once its controls show.
+        walked = checkout.top()->presentedViewController();
+        ASSERT_TRUE(walked);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !tabStopsOf(walked).isEmpty(); }));
+        if (QApplication::focusWidget() == walked) // still on the presentation itself
+            QTest::keyClick(walked, Qt::Key_Tab);
+    } else {
+        ASSERT_TRUE(QApplication::focusWidget());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); // enters the first control
     }
-    QWidget *focused = QApplication::focusWidget();
-    ASSERT_TRUE(focused);
+    // A presentation's walk ends back on its first control.
+    const QStringList expected = row.wraps ? row.order + QStringList { row.order.first() } : row.order;
     QStringList visited;
-    // A presentation already holds its first control; a screen is entered with the first Tab.
-    if (!row.wraps)
-        QTest::keyClick(focused, Qt::Key_Tab);
-    const qsizetype steps = row.order.size() + (row.wraps ? 1 : 0);
-    for (qsizetype i = 0; i < steps; ++i) {
-        focused = QApplication::focusWidget();
+    for (qsizetype i = 0; i < expected.size(); ++i) {
+        QWidget *focused = QApplication::focusWidget();
         ASSERT_TRUE(focused) << "the keyboard went nowhere after " << visited.join(u", "_s).toStdString();
         visited << focused->objectName();
         EXPECT_FALSE(accessible(focused, QAccessible::Name).isEmpty()) << focused->objectName().toStdString();
@@ -146,15 +145,9 @@ TEST_P(TabOrderTest, TabVisitsEveryControlInTheFormsOrderAndEachIsNamedAndDescri
             << focused->objectName().toStdString();
         QTest::keyClick(focused, Qt::Key_Tab);
     }
-    QStringList expected = row.order;
-    if (row.wraps)
-        expected << row.order.first();
     EXPECT_EQ(visited, expected);
 
     // Nothing that takes the keyboard on the screen is left out of the walk.
-    QWidget *walked
-        = row.wraps ? static_cast<QWidget *>(checkout.top()->presentedViewController()) : checkout.top();
-    ASSERT_TRUE(walked);
     for (QWidget *stop : tabStopsOf(walked))
         EXPECT_TRUE(row.order.contains(stop->objectName()))
             << stop->objectName().toStdString() << " was skipped";

@@ -77,6 +77,16 @@ protected:
     }
     void show(ViewController *screen) { navigation->pushViewController(screen, false); }
     FakePaymentScreen *top() { return dynamic_cast<FakePaymentScreen *>(navigation->topViewController()); }
+    // The payment screen on top is `scene`, handed the checkout's fields by the segue.
+    void expectHandedOver(const QString &scene, const QString &collectorId, bool paymentModeAvail)
+    {
+        ASSERT_NE(top(), nullptr);
+        EXPECT_EQ(std::tuple(top()->storyboardIdentifier(), top()->amount,
+                      top()->merchantTransactionRefNumber, top()->collectorId),
+            std::tuple(scene, u"100"_s, std::optional(u"ORD-77"_s), std::optional(collectorId)));
+        EXPECT_EQ(top()->merchantVC, host->merchant);
+        EXPECT_EQ(top()->isPaymentModeAvail, paymentModeAvail);
+    }
 
     ManualScheduler scheduler;
     ScopedScheduler scoped { scheduler };
@@ -103,21 +113,14 @@ TEST_F(OptionsScreens, RoutesByTheStoredPaymentMode)
             EXPECT_FALSE(navigation->lastTransition().has_value());
             continue;
         }
-        FakePaymentScreen *next = top();
-        ASSERT_NE(next, nullptr);
-        EXPECT_EQ(next->storyboardIdentifier(), scene);
-        EXPECT_EQ(navigation->viewControllers(), (QList<ViewController *> { options, next }));
-        EXPECT_EQ(next->loads, 1);
-        EXPECT_TRUE(next->isPaymentModeAvail);
-        EXPECT_EQ(next->amount, u"100"_s);
-        EXPECT_EQ(next->merchantTransactionRefNumber, u"ORD-77"_s);
-        EXPECT_EQ(next->collectorId, u"C-9"_s);
-        EXPECT_EQ(next->merchantVC, host->merchant);
+        expectHandedOver(scene, u"C-9"_s, true);
+        ASSERT_NE(top(), nullptr);
+        EXPECT_EQ(navigation->viewControllers(), (QList<ViewController *> { options, top() }));
+        EXPECT_EQ(top()->loads, 1);
         const auto transition = navigation->lastTransition();
         ASSERT_TRUE(transition.has_value());
-        EXPECT_DOUBLE_EQ(transition->duration, 0.3);
-        EXPECT_EQ(transition->type, u"moveIn"_s);
-        EXPECT_EQ(transition->subtype, u"fromTop"_s);
+        EXPECT_EQ(std::tuple(transition->duration, transition->type, transition->subtype),
+            std::tuple(0.3, u"moveIn"_s, u"fromTop"_s));
     }
 }
 
@@ -226,13 +229,7 @@ TEST_F(OptionsScreens, ChooserStaysAndRunsTheChosenSegue)
         show(chooser);
         ASSERT_EQ(navigation->topViewController(), chooser);
         QTest::mouseClick(chooser->findChild<QPushButton *>(QLatin1String(button)), Qt::LeftButton);
-        ASSERT_NE(top(), nullptr);
-        EXPECT_EQ(top()->storyboardIdentifier(), scene);
-        EXPECT_EQ(top()->collectorId, collectorId);
-        EXPECT_EQ(top()->amount, u"100"_s);
-        EXPECT_EQ(top()->merchantTransactionRefNumber, u"ORD-77"_s);
-        EXPECT_EQ(top()->merchantVC, host->merchant);
-        EXPECT_FALSE(top()->isPaymentModeAvail);
+        expectHandedOver(scene, collectorId, false);
     }
     // Segue names match exactly; any other hands nothing over.
     std::unique_ptr<PaymentOptionVC> options(make<PaymentOptionVC>());
