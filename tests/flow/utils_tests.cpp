@@ -169,8 +169,8 @@ void run(kovena::CheckParamsTarget &target, const Checkout &c)
         target, c.amount, c.orderNo, c.accessToken, c.collectorId, c.customerMobNum, c.customerEmail);
 }
 
-// Each rule's report through the facade is in the endings and demo tables, and the range's
-// bounds are the range rule's own; here what those cannot pass: nil values, every rule at once.
+// Each rule's report through the facade is in the endings table and the range's bounds are the
+// range rule's own; here each toast, in rule order, and the nil values the facade cannot pass.
 TEST(CheckParams, ReportsEveryFailedRuleInRuleOrder)
 {
     const QString range = u"Invalid amount range, -104"_s;
