@@ -3,16 +3,15 @@
 // Tab must visit the controls in the form's order (amount, the fields in reading order, proceed,
 // then cancel), and every control it reaches, or could reach, has an accessible name and
 // description for a screen reader.
-#include "api/ApiManager.h"
 #include "flow/MainKovena.h"
 #include "flow/PaymentOptionViewController.h"
+#include "flow/flow_root_support.h"
 #include "payment/NetBankingViewController.h"
 #include "platform/NavigationController.h"
-#include "platform/Reachability.h"
 #include "platform/Storyboard.h"
-#include "sandbox/Sandbox.h"
 #include "sdk/KovenaSDK.h"
-#include "support/TestMerchant.h"
+#include "support/InProcessBackend.h"
+#include "support/Scoped.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -31,26 +30,6 @@ using namespace Qt::StringLiterals;
 namespace kovena {
 namespace {
 
-sandbox::Sandbox *g_sandbox = nullptr;
-
-class SandboxEnvironment : public ::testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        g_sandbox = new sandbox::Sandbox;
-        ASSERT_NE(g_sandbox->start(), 0);
-        ASSERT_TRUE(ApiManager::setServerUrl(QString::fromStdString(g_sandbox->baseUrl())));
-        reachability::setProbe([] { return std::optional<std::uint32_t>(reachability::Reachable); });
-    }
-    void TearDown() override
-    {
-        reachability::setProbe({});
-        delete std::exchange(g_sandbox, nullptr);
-    }
-};
-[[maybe_unused]] const auto *g_environment = ::testing::AddGlobalTestEnvironment(new SandboxEnvironment);
-
 QString accessible(QWidget *widget, QAccessible::Text what)
 {
     QAccessibleInterface *face = QAccessible::queryAccessibleInterface(widget);
@@ -62,6 +41,7 @@ class Checkout
 public:
     Checkout(const QString &mode, const QString &amount)
     {
+        testing::inProcessBackend(); // the net banking screen asks it for the bank list
         window.resize(360, 640);
         merchant = new testing::TestMerchant;
         merchant->setParent(&window);
@@ -85,6 +65,7 @@ public:
     }
     template<class T = QWidget> T *onTop(const QString &name) const { return top()->findChild<T *>(name); }
 
+    testing::SwitchableNetwork network;
     QWidget window;
     testing::TestMerchant *merchant = nullptr;
 };
@@ -118,6 +99,11 @@ struct WalkRow
     bool wraps = false; // a presentation: Tab comes back to its first control
 };
 
+void PrintTo(const WalkRow &row, std::ostream *out)
+{
+    *out << row.name;
+}
+
 class TabOrderTest : public ::testing::TestWithParam<WalkRow>
 {
 };
@@ -135,24 +121,23 @@ TEST_P(TabOrderTest, TabVisitsEveryControlInTheFormsOrderAndEachIsNamedAndDescri
     if (HasFatalFailure())
         return;
 
-    // A presentation hands the keyboard to its first control once its controls show.
+    QWidget *walked = checkout.top();
     if (row.wraps) {
-        QWidget *presented = checkout.top()->presentedViewController();
-        ASSERT_TRUE(presented);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !tabStopsOf(presented).isEmpty(); }));
-        // Still on the presentation itself: Tab enters its controls.
-        if (QApplication::focusWidget() == presented)
-            QTest::keyClick(presented, Qt::Key_Tab);
+        // A presentation hands the keyboard to its first control once its controls show.
+        walked = checkout.top()->presentedViewController();
+        ASSERT_TRUE(walked);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !tabStopsOf(walked).isEmpty(); }));
+        if (QApplication::focusWidget() == walked) // still on the presentation itself
+            QTest::keyClick(walked, Qt::Key_Tab);
+    } else {
+        ASSERT_TRUE(QApplication::focusWidget());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); // enters the first control
     }
-    QWidget *focused = QApplication::focusWidget();
-    ASSERT_TRUE(focused);
+    // A presentation's walk ends back on its first control.
+    const QStringList expected = row.wraps ? row.order + QStringList { row.order.first() } : row.order;
     QStringList visited;
-    // A presentation already holds its first control; a screen is entered with the first Tab.
-    if (!row.wraps)
-        QTest::keyClick(focused, Qt::Key_Tab);
-    const qsizetype steps = row.order.size() + (row.wraps ? 1 : 0);
-    for (qsizetype i = 0; i < steps; ++i) {
-        focused = QApplication::focusWidget();
+    for (qsizetype i = 0; i < expected.size(); ++i) {
+        QWidget *focused = QApplication::focusWidget();
         ASSERT_TRUE(focused) << "the keyboard went nowhere after " << visited.join(u", "_s).toStdString();
         visited << focused->objectName();
         EXPECT_FALSE(accessible(focused, QAccessible::Name).isEmpty()) << focused->objectName().toStdString();
@@ -160,15 +145,9 @@ TEST_P(TabOrderTest, TabVisitsEveryControlInTheFormsOrderAndEachIsNamedAndDescri
             << focused->objectName().toStdString();
         QTest::keyClick(focused, Qt::Key_Tab);
     }
-    QStringList expected = row.order;
-    if (row.wraps)
-        expected << row.order.first();
     EXPECT_EQ(visited, expected);
 
     // Nothing that takes the keyboard on the screen is left out of the walk.
-    QWidget *walked
-        = row.wraps ? static_cast<QWidget *>(checkout.top()->presentedViewController()) : checkout.top();
-    ASSERT_TRUE(walked);
     for (QWidget *stop : tabStopsOf(walked))
         EXPECT_TRUE(row.order.contains(stop->objectName()))
             << stop->objectName().toStdString() << " was skipped";
@@ -203,15 +182,10 @@ INSTANTIATE_TEST_SUITE_P(Screens, TabOrderTest,
             { u"lbAmount"_s, u"cancelButton"_s } },
         WalkRow { "payment_choice_screen", "4", "1499", "PaymentOptionVC",
             [](Checkout &checkout) {
-                auto *chooser = qobject_cast<PaymentOptionViewController *>(
-                    mainKovenaStoryboard().instantiateViewController(u"PaymentOptionViewController"_s));
-                chooser->amount = u"1499"_s;
-                chooser->merchantTransactionRefNumber = u"ORD-A11Y"_s;
-                chooser->accessToken = u"a11y-token"_s;
-                chooser->collectorId = u"COLL-1"_s;
-                chooser->customerMobNum = u"9876543210"_s;
-                chooser->customerEmail = u"asha@example.in"_s;
-                chooser->merchantVC = checkout.merchant;
+                auto *chooser = testing::withCheckoutFields(
+                    qobject_cast<PaymentOptionViewController *>(
+                        mainKovenaStoryboard().instantiateViewController(u"PaymentOptionViewController"_s)),
+                    checkout.merchant);
                 checkout.nav()->pushViewController(chooser, false);
                 ASSERT_TRUE(checkout.reached(u"PaymentOptionViewController"_s));
                 chooser->setFocus(Qt::OtherFocusReason);

@@ -37,6 +37,20 @@ struct MerchantWindow
     QPointer<TestMerchant> merchant = new TestMerchant;
 };
 
+// Fills the fields a checkout hands to a payment option screen, as the merchant passed them.
+template<class Screen> Screen *withCheckoutFields(Screen *screen, TestMerchant *merchant)
+{
+    screen->amount = QStringLiteral("100");
+    screen->merchantTransactionRefNumber = QStringLiteral("ORD-77");
+    screen->accessToken = QStringLiteral("token");
+    screen->collectorId = QStringLiteral("C-9");
+    screen->customerMobNum = QStringLiteral("9876543210");
+    screen->customerEmail = QStringLiteral("buyer@example.in");
+    screen->merchantAppName = QStringLiteral("Chai Point");
+    screen->merchantVC = merchant;
+    return screen;
+}
+
 // A merchant window on the manual clock, with fresh user defaults and the facade's two calls.
 class FlowTest : public ::testing::Test
 {

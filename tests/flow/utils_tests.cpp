@@ -169,27 +169,18 @@ void run(kovena::CheckParamsTarget &target, const Checkout &c)
         target, c.amount, c.orderNo, c.accessToken, c.collectorId, c.customerMobNum, c.customerEmail);
 }
 
+// Each rule's report through the facade is in the endings table and the range's bounds are the
+// range rule's own; here each toast, in rule order, and the nil values the facade cannot pass.
 TEST(CheckParams, ReportsEveryFailedRuleInRuleOrder)
 {
     const QString range = u"Invalid amount range, -104"_s;
     const std::pair<Checkout, QString> rows[] = {
         { {}, {} },
-        { { .amount = u"1"_s }, {} },
-        { { .amount = u"999999"_s }, {} },
-        { { .amount = u"999999.96"_s }, {} }, // just below one million in single precision
-        { { .amount = u"0.99"_s }, range },
-        { { .amount = u"1000000"_s }, range },
-        { { .amount = u"999999.97"_s }, range },
         { { .amount = u"-5"_s }, u"No valid amount, -103, "_s + range },
-        { { .amount = u"1e3"_s }, u"No valid amount, -103"_s }, // in range, but not a valid amount
-        { { .orderNo = u""_s }, u"OrderId missing, -106"_s },
-        { { .accessToken = u""_s }, u"AccessToken Error, -105"_s },
         { { .accessToken = std::nullopt }, u"AccessToken Error, -105"_s },
         { { .collectorId = std::nullopt }, u"CollectorId Error, -106"_s },
-        { { .customerMobNum = u""_s }, u"Customer Mobile Number Error, -107"_s },
+        { { .customerMobNum = std::nullopt }, u"Customer Mobile Number Error, -107"_s },
         { { .customerEmail = std::nullopt }, u"Customer Email Error, -107"_s },
-        { { .accessToken = u""_s, .customerEmail = u""_s },
-            u"AccessToken Error, -105, Customer Email Error, -107"_s },
         { { u"0.5"_s, u""_s, u""_s, u""_s, u""_s, u""_s },
             range
                 + u", OrderId missing, -106, AccessToken Error, -105, CollectorId Error, -106, "

@@ -48,14 +48,6 @@ private:
     QStringList *m_journal;
 };
 
-inline QStringList list(std::initializer_list<const char *> items)
-{
-    QStringList out;
-    for (const char *i : items)
-        out << QString::fromLatin1(i);
-    return out;
-}
-
 // Releases the screens that were handed to deleteLater().
 inline void flushDeletes()
 {

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace kovena {
 namespace {
 
@@ -93,65 +95,65 @@ protected:
 TEST_F(TextFieldTest, TypingGoesThroughTheDelegateAndRefusalsLeaveTextAndCursor)
 {
     QSignalSpy changed(&field, &TextField::editingChanged);
-    QTest::keyClicks(&field, QStringLiteral("ab#c"));
-    EXPECT_EQ(field.text(), QStringLiteral("abc"));
+    QTest::keyClicks(&field, u"ab#c"_s);
+    EXPECT_EQ(field.text(), u"abc"_s);
     EXPECT_EQ(changed.size(), 3);
     ASSERT_EQ(delegate.calls.size(), 4u);
-    EXPECT_EQ(delegate.calls[2], (RecordingDelegate::Call { 2, 0, QStringLiteral("#") }));
-    EXPECT_EQ(delegate.calls[3], (RecordingDelegate::Call { 2, 0, QStringLiteral("c") }));
+    EXPECT_EQ(delegate.calls[2], (RecordingDelegate::Call { 2, 0, u"#"_s }));
+    EXPECT_EQ(delegate.calls[3], (RecordingDelegate::Call { 2, 0, u"c"_s }));
 
     field.setCursorPosition(1);
     QTest::keyClick(&field, Qt::Key_Space);
-    EXPECT_EQ(field.text(), QStringLiteral("abc"));
+    EXPECT_EQ(field.text(), u"abc"_s);
     EXPECT_EQ(field.cursorPosition(), 1) << "a refused edit puts the cursor back";
     QTest::keyClick(&field, Qt::Key_X);
-    EXPECT_EQ(field.text(), QStringLiteral("axbc"));
-    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 1, 0, QStringLiteral("x") }));
+    EXPECT_EQ(field.text(), u"axbc"_s);
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 1, 0, u"x"_s }));
 }
 
 TEST_F(TextFieldTest, DeletionsAndSelectionReplacementReportTheirRange)
 {
-    field.setText(QStringLiteral("abcdef"));
+    field.setText(u"abcdef"_s);
     field.setCursorPosition(3);
     QTest::keyClick(&field, Qt::Key_Backspace);
     EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 2, 1, QString() }));
     QTest::keyClick(&field, Qt::Key_Delete);
     EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 2, 1, QString() }));
-    EXPECT_EQ(field.text(), QStringLiteral("abef"));
+    EXPECT_EQ(field.text(), u"abef"_s);
 
     field.setSelection(1, 2);
     QTest::keyClick(&field, 'Z');
-    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 1, 2, QStringLiteral("Z") }));
-    EXPECT_EQ(field.text(), QStringLiteral("abef"));
-    EXPECT_EQ(field.selectedText(), QStringLiteral("be")) << "a refused edit keeps the selection";
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 1, 2, u"Z"_s }));
+    EXPECT_EQ(field.text(), u"abef"_s);
+    EXPECT_EQ(field.selectedText(), u"be"_s) << "a refused edit keeps the selection";
     QTest::keyClick(&field, Qt::Key_9);
-    EXPECT_EQ(field.text(), QStringLiteral("a9f"));
+    EXPECT_EQ(field.text(), u"a9f"_s);
 }
 
 TEST_F(TextFieldTest, PasteIsOneEditAndProgrammaticTextIsTheNewBaseline)
 {
-    field.setText(QStringLiteral("name"));
+    field.setText(u"name"_s);
     field.setCursorPosition(2);
-    QApplication::clipboard()->setText(QStringLiteral("@ok"));
+    QApplication::clipboard()->setText(u"@ok"_s);
     field.paste();
-    EXPECT_EQ(field.text(), QStringLiteral("na@okme"));
-    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 2, 0, QStringLiteral("@ok") }));
+    EXPECT_EQ(field.text(), u"na@okme"_s);
+    EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 2, 0, u"@ok"_s }));
 
-    QApplication::clipboard()->setText(QStringLiteral("B A D"));
+    QApplication::clipboard()->setText(u"B A D"_s);
     field.paste();
-    EXPECT_EQ(field.text(), QStringLiteral("na@okme"));
+    EXPECT_EQ(field.text(), u"na@okme"_s);
 
     // A screen that rewrites the text on every change (lower-casing, say) sets the baseline.
     QObject::connect(
         &field, &TextField::editingChanged, &field, [this] { field.setText(field.text().toLower()); });
     field.setDelegate(nullptr);
     field.end(false);
-    QTest::keyClicks(&field, QStringLiteral("Q"));
-    EXPECT_EQ(field.text(), QStringLiteral("na@okmeq"));
+    QTest::keyClicks(&field, u"Q"_s);
+    EXPECT_EQ(field.text(), u"na@okmeq"_s);
     field.setDelegate(&delegate);
     QTest::keyClick(&field, Qt::Key_Backspace);
     EXPECT_EQ(delegate.calls.back(), (RecordingDelegate::Call { 7, 1, QString() }));
-    EXPECT_EQ(field.text(), QStringLiteral("na@okme"));
+    EXPECT_EQ(field.text(), u"na@okme"_s);
 }
 
 } // namespace
