@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(Records, CallbackRowCase,
             true, "", "one", "5", "", "GUI thread" }),
     [](const testing::TestParamInfo<RowCase> &info) { return std::string(info.param.name); });
 
-TEST(BankList, KeepsTheRepliesOrderAndSkipsEntriesWithoutIdOrName)
+TEST(BankList, KeepsTheRepliesOrderSkipsEntriesWithoutIdOrNameAndRefusesNonLists)
 {
     const auto banks = parseBankList(R"({"success":"true","data":[
         {"netBankingId":1031,"netBankingName":"Airtel Payments Bank","netbankingCodes":"AIRB"},
@@ -89,10 +89,7 @@ TEST(BankList, KeepsTheRepliesOrderAndSkipsEntriesWithoutIdOrName)
     EXPECT_EQ(banks->at(0).code, u"AIRB"_s);
     EXPECT_EQ(banks->at(1).id, 1001);
     EXPECT_TRUE(banks->at(1).code.isEmpty());
-}
 
-TEST(BankList, RefusesWhatIsNotABankList)
-{
     for (const char *reply : { "", "not json", "[]", R"({"data":{}})", R"({"success":"true"})" })
         EXPECT_FALSE(parseBankList(reply).has_value()) << reply;
     EXPECT_TRUE(parseBankList(R"({"data":[]})")->isEmpty());

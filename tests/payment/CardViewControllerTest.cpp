@@ -158,11 +158,8 @@ const NumberRow kNumberRows[] = {
     { "letter_refused",            "41a1",                       "411",                 "411",              "ci_visa.png", 3 },
     { "paste_with_letter",         "41<Paste=11x1>",             "41",                  "41",               "ci_visa.png", 3 },
     { "paste_with_dash",           "<Paste=4111-1111>",          "",                    "",                 "",            3 },
-    { "paste_grouped",             "<Paste=4111111111111111>",   "4111-1111-1111-1111", "4111111111111111", "ci_visa.png", 3 },
-    { "paste_17_digits",           "<Paste=41111111111111112>",  "",                    "",                 "",            3 },
     { "insert_at_start_regroups",  "41111111<Home>5",            "5411-1111-1",         "541111111",        "ci_mastercard.png", 3 },
     { "deleting_a_dash",           "41111<Left><BS>",            "4111-1",              "41111",            "ci_visa.png", 3 },
-    { "deleting_the_last_digit",   "4<BS>",                      "",                    "4",                "ci_visa.png", 3 },
     { "emptied_keeps_the_number",  "4111111111111111<All><BS>",  "",                    "4111111111111111", "ci_visa.png", 3 },
     { "amex_cvv_four",             "378282246310005",            "3782-8224-6310-005",  "378282246310005",  "ci_amex.png", 4 },
     { "icon_from_grouped_text",    "5123601112345678",           "5123-6011-1234-5678", "5123601112345678", "ci_mastercard.png", 3 },
@@ -244,7 +241,10 @@ const CvvRow kCvvRows[] = {
 INSTANTIATE_TEST_SUITE_P(
     Keys, CardCvvTest, ::testing::ValuesIn(kCvvRows), [](const auto &info) { return info.param.name; });
 
-TEST_F(CardScreenTest, ExpiryListsOfferMonthsAndFortyYearsBelowTheirButtons)
+// The expiry lists below their buttons and what their buttons choose, then one customer's way
+// through the form: proceed follows the checks after every keystroke and choice, in its
+// designed colour when enabled, light grey when not.
+TEST_F(CardScreenTest, ExpiryListsAndProceedFollowTheFormThroughKeystrokesAndChoices)
 {
     QStringList months { u"MM"_s }, years { u"YYYY"_s };
     for (int m = 1; m <= 12; ++m)
@@ -259,6 +259,10 @@ TEST_F(CardScreenTest, ExpiryListsOfferMonthsAndFortyYearsBelowTheirButtons)
         EXPECT_EQ(list->anchorView(), anchor);
         EXPECT_EQ(list->accessibleName(), accessibleName);
     }
+    EXPECT_EQ(screen->month, u"mm"_s);
+    EXPECT_EQ(screen->year, u"yyyy"_s);
+    EXPECT_FALSE(screen->btnProceed->isEnabled()) << "at start-up";
+    EXPECT_EQ(proceedColour(), kLightGrey) << "at start-up";
 
     // Each of the four buttons opens its list; a choice titles the anchor and is stored.
     const std::tuple<QPushButton *, const char *, QString, bool> choices[] = {
@@ -269,19 +273,12 @@ TEST_F(CardScreenTest, ExpiryListsOfferMonthsAndFortyYearsBelowTheirButtons)
         { screen->btnDropYear, "<End><Return>", QString::number(kThisYear + 39), false },
         { screen->btnDropYear, "<Home><Return>", u"YYYY"_s, false },
     };
-    EXPECT_EQ(screen->month, u"mm"_s);
-    EXPECT_EQ(screen->year, u"yyyy"_s);
     for (const auto &[opener, keys, chosen, isMonth] : choices) {
         choose(opener, QString::fromUtf8(keys));
         EXPECT_EQ((isMonth ? screen->btnMonth : screen->btnYear)->text(), chosen) << keys;
         EXPECT_EQ(isMonth ? screen->month : screen->year, chosen) << keys;
     }
-}
 
-// One customer's way through the form, from start-up: proceed follows the checks after every
-// keystroke and choice, in its designed colour when enabled, light grey when not.
-TEST_F(CardScreenTest, ProceedFollowsTheFormThroughKeystrokesAndChoices)
-{
     for (TextField *field : { screen->tfCardNumber.data(), screen->tfCvv.data() }) {
         EXPECT_TRUE(field->inputMethodHints() & Qt::ImhDigitsOnly);
         EXPECT_EQ(field->inputAccessoryView(), screen->doneToolbar());

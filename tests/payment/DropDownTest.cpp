@@ -132,33 +132,40 @@ const KeyRow kKeys[] = {
 INSTANTIATE_TEST_SUITE_P(Table, DropDownKeys, ::testing::ValuesIn(kKeys),
     [](const auto &info) { return std::string(info.param.name); });
 
-TEST_F(DropDownTest, ClickOnTheSecondRowChoosesIt)
+TEST_F(DropDownTest, AClickOnARowChoosesItAndOneOutsideChoosesNothing)
 {
     QListView *list = open();
     const QRect second = list->visualRect(list->model()->index(1, 0));
     ASSERT_TRUE(list->viewport()->rect().contains(second));
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, second.center());
+    EXPECT_EQ(chosen, Choices { Choice(1, u"1"_s) }) << "click on a row";
+    EXPECT_FALSE(dropDown->isVisible()) << "click on a row";
+    EXPECT_EQ(QApplication::focusWidget(), anchor) << "click on a row";
 
-    EXPECT_EQ(chosen, Choices { Choice(1, u"1"_s) });
-    EXPECT_FALSE(dropDown->isVisible());
-    EXPECT_EQ(QApplication::focusWidget(), anchor);
-}
-
-TEST_F(DropDownTest, ClickElsewhereHidesWithoutAChoice)
-{
     const QRect popup = open()->window()->geometry();
     const QPoint outside(200, 600);
     ASSERT_FALSE(popup.contains(window.mapToGlobal(outside)));
     // Through the window system, as a real click arrives, so that the open popup sees it first.
     QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, outside);
-
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !dropDown->isVisible(); }));
-    EXPECT_TRUE(chosen.empty());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !dropDown->isVisible(); })) << "click outside";
+    EXPECT_EQ(chosen.size(), 1u) << "click outside";
 }
 
-TEST_F(DropDownTest, NewEntriesAreOfferedFromTheFirst)
+// The list and its entries are named to a screen reader; entries set anew are offered from the
+// first, even while the list is open.
+TEST_F(DropDownTest, NamesItsEntriesToScreenReadersAndOffersNewOnesFromTheFirst)
 {
-    open();
+    QAccessibleInterface *face = QAccessible::queryAccessibleInterface(open());
+    ASSERT_TRUE(face);
+    EXPECT_EQ(face->role(), QAccessible::List);
+    EXPECT_EQ(face->text(QAccessible::Name), u"Expiry month"_s);
+    ASSERT_EQ(face->childCount(), kMonths.size());
+    for (int i = 0; i < kMonths.size(); ++i)
+        EXPECT_EQ(face->child(i)->text(QAccessible::Name), kMonths.at(i));
+
+    dropDown->setAccessibleName(u"Bank"_s);
+    EXPECT_EQ(face->text(QAccessible::Name), u"Bank"_s);
+
     press(u"<Down><Down><Down><Return>"_s);
     dropDown->setDataSource(kBanks);
     QListView *list = open();
@@ -175,20 +182,6 @@ TEST_F(DropDownTest, NewEntriesAreOfferedFromTheFirst)
     dropDown->setDataSource({});
     dropDown->show();
     EXPECT_FALSE(dropDown->isVisible());
-}
-
-TEST_F(DropDownTest, ScreenReaderNamesTheListAndEachEntry)
-{
-    QAccessibleInterface *face = QAccessible::queryAccessibleInterface(open());
-    ASSERT_TRUE(face);
-    EXPECT_EQ(face->role(), QAccessible::List);
-    EXPECT_EQ(face->text(QAccessible::Name), u"Expiry month"_s);
-    ASSERT_EQ(face->childCount(), kMonths.size());
-    for (int i = 0; i < kMonths.size(); ++i)
-        EXPECT_EQ(face->child(i)->text(QAccessible::Name), kMonths.at(i));
-
-    dropDown->setAccessibleName(u"Bank"_s);
-    EXPECT_EQ(face->text(QAccessible::Name), u"Bank"_s);
 }
 
 struct PlaceRow
@@ -306,8 +299,9 @@ TEST_F(DropDownTest, ActionMayDeleteTheList)
     EXPECT_TRUE(QTest::qWaitFor([&] { return !window.findChild<QListView *>(u"dropDownList"_s); }));
 }
 
-// Each icon fills a 40 by 26 point slot, drawn at twice that; no two are alike.
-TEST(KovenaImage, FindsEveryCardSchemeIcon)
+// Each icon fills a 40 by 26 point slot, drawn at twice that; no two are alike. Any other name,
+// however close, finds nothing.
+TEST(KovenaImage, FindsEveryCardSchemeIconAndNothingElse)
 {
     std::vector<QImage> seen;
     for (const char *name : { "ci_visa.png", "ci_amex.png", "ci_mastercard.png", "ci_maestro.png",
@@ -320,10 +314,6 @@ TEST(KovenaImage, FindsEveryCardSchemeIcon)
         EXPECT_EQ(std::count(seen.begin(), seen.end(), image), 0) << name;
         seen.push_back(image);
     }
-}
-
-TEST(KovenaImage, IsNullForAnyOtherName)
-{
     for (const char *name : { "", "ci_unionpay.png", "ci_visa", "CI_VISA.PNG", "../fonts/OFL.txt",
              "../fonts/Montserrat-Light.ttf", "/ci_visa.png" })
         EXPECT_TRUE(kovenaImage(QString::fromLatin1(name)).isNull()) << name;

@@ -93,7 +93,6 @@ public:
     }
     void TearDown() override { inProcessBackend().setRecordFile({}); }
 
-    // The merchant's two calls.
     void checkout(const Checkout &c)
     {
         flowsWithTheToken += c.token == kToken ? 1 : 0;
@@ -172,13 +171,11 @@ public:
             tap(upi->presentedViewController());
         ASSERT_TRUE(runUntil([&] { return bodiesSentTo(kStatusEndpoint).size() >= polls; }, 1s));
     }
-    // Runs until `screen` shows the toast `message`.
     bool toastShown(const char *message)
     {
         return runUntil([&] { return toastsOn(top()).contains(QString::fromLatin1(message)); }, 1s);
     }
 
-    // Card: the whole form, then proceed.
     void payByCard(const QString &number = kCardNumber)
     {
         auto *card = screen<CardViewController>();
@@ -290,7 +287,6 @@ public:
     QTemporaryDir records;
 };
 
-// The rows' steps.
 Step checkout(Checkout c = {})
 {
     return [c](EndingsTest &t) { t.checkout(c); };
@@ -468,8 +464,6 @@ const Ending kEndings[] = {
         { u"-106 Missing SDK params,orderId is empty or missing"_s } },
     { "mobile_empty", checkout(invalid([](auto &c) { c.mobile = u""_s; })), { u"-107 Error"_s } },
     { "email_empty", checkout(invalid([](auto &c) { c.email = u""_s; })), { u"-107 Error"_s } },
-    { "token_and_email_empty", checkout(invalid([](auto &c) { c.token = c.email = u""_s; })),
-        { u"-105 Missing SDK params,orderId nil"_s, u"-107 Error"_s } },
     { "every_rule_after_the_amount", checkout(invalid([](auto &c) {
          c.amount = u"0.5"_s;
          c.orderNo = c.token = c.collectorId = c.mobile = c.email = u""_s;

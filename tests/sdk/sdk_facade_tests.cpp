@@ -22,9 +22,23 @@ QStringList fieldsOf(const CheckoutParams &p)
         p.customerEmail, p.merchantAppName, p.requestId, p.paymentMode, p.kovenaTxnId, p.orderId };
 }
 
-using FacadeTest = FlowTest;
+class FacadeTest : public FlowTest
+{
+protected:
+    // Runs the main queue until `merchant` has had `calls` reports.
+    bool reportsReach(TestMerchant *merchant, std::size_t calls)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                clock.runDue();
+                return merchant->callCount() >= calls;
+            },
+            kWaitMs);
+    }
+};
 
-TEST_F(FacadeTest, CheckoutInstallsTheFlowAndStoresOnlyTheCustomerFields)
+// A checkout, then a status enquiry over it: what each leaves stored and hands to its flow.
+TEST_F(FacadeTest, CheckoutAndEnquiryInstallTheFlowAndStoreOnlyTheCustomerFields)
 {
     UserDefaults::standard().setBool(QStringLiteral("retry"), true);
     UserDefaults::standard().setString(QStringLiteral("requestId"), QStringLiteral("stale"));
@@ -49,48 +63,40 @@ TEST_F(FacadeTest, CheckoutInstallsTheFlowAndStoresOnlyTheCustomerFields)
     EXPECT_FALSE(p.isStatusClicked);
     EXPECT_EQ(p.merchantVC, host.merchant.data());
     EXPECT_EQ(host.merchant->callCount(), 0u);
-}
 
-TEST_F(FacadeTest, EmptyRequestIdFallsBackToTheOrderNumber)
-{
-    const std::pair<const char *, const char *> rows[]
-        = { { "", "ORD-7" }, { " ", " " }, { "REQ-9", "REQ-9" } };
-    for (const auto &[requestId, expected] : rows) {
-        checkout(QStringLiteral("ORD-7"), QString::fromLatin1(requestId));
-        ASSERT_NE(navigator(), nullptr);
-        EXPECT_EQ(navigator()->checkoutParams.requestId, QString::fromLatin1(expected))
-            << '"' << requestId << '"';
-    }
-}
-
-TEST_F(FacadeTest, StatusEnquiryKeepsTheEarlierCustomerFields)
-{
-    checkout();
+    // The enquiry keeps the earlier customer fields and replaces only the token.
     enquire();
     EXPECT_EQ(stored("customerMobNum"), QStringLiteral("9876543210"));
     EXPECT_EQ(stored("customerEmail"), QStringLiteral("a@b.in"));
     EXPECT_EQ(stored("accessToken"), QStringLiteral("token-2"));
     ASSERT_NE(navigator(), nullptr);
-    const CheckoutParams &p = navigator()->checkoutParams;
-    EXPECT_EQ(fieldsOf(p), QStringList({ "", "", "", "", "", "", "", "", "", "42", "ORD-1" }));
-    EXPECT_TRUE(p.isStatusClicked);
-    EXPECT_EQ(p.merchantVC, host.merchant.data());
+    const CheckoutParams &q = navigator()->checkoutParams;
+    EXPECT_EQ(fieldsOf(q), QStringList({ "", "", "", "", "", "", "", "", "", "42", "ORD-1" }));
+    EXPECT_TRUE(q.isStatusClicked);
+    EXPECT_EQ(q.merchantVC, host.merchant.data());
 }
 
-TEST_F(FacadeTest, ASecondCheckoutReleasesTheFirstController)
+// Each checkout releases the controller of the one before, whose flow had loaded; an empty
+// request id falls back to the order number.
+TEST_F(FacadeTest, EachCheckoutReleasesThePreviousControllerAndFillsInTheRequestId)
 {
-    checkout();
-    QPointer<NavigatorController> first = navigator();
-    clock.runDue(); // the first flow loads and shows its screens
-    ASSERT_FALSE(first.isNull());
-
-    checkout(QStringLiteral("ORD-2"), QStringLiteral("REQ-2"));
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(first.isNull());
-    ASSERT_NE(navigator(), nullptr);
-    EXPECT_EQ(navigator()->checkoutParams.merchantTransactionRefNumber, QStringLiteral("ORD-2"));
-    ASSERT_FALSE(host.merchant.isNull());
-    EXPECT_TRUE(host.merchant->isHidden());
+    const std::tuple<const char *, const char *, const char *> rows[]
+        = { { "ORD-7", "", "ORD-7" }, { "ORD-8", " ", " " }, { "ORD-9", "REQ-9", "REQ-9" } };
+    QPointer<NavigatorController> previous;
+    for (const auto &[order, requestId, expected] : rows) {
+        checkout(QString::fromLatin1(order), QString::fromLatin1(requestId));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_TRUE(previous.isNull()) << '"' << requestId << '"';
+        ASSERT_NE(navigator(), nullptr);
+        EXPECT_EQ(navigator()->checkoutParams.merchantTransactionRefNumber, QString::fromLatin1(order));
+        EXPECT_EQ(navigator()->checkoutParams.requestId, QString::fromLatin1(expected))
+            << '"' << requestId << '"';
+        ASSERT_FALSE(host.merchant.isNull());
+        EXPECT_TRUE(host.merchant->isHidden());
+        previous = navigator();
+        clock.runDue(); // the flow loads and shows its screens
+        ASSERT_FALSE(previous.isNull());
+    }
 }
 
 // A merchant screen in a window that is not on screen: the call shows nothing, so the flow
@@ -129,22 +135,13 @@ TEST_F(FacadeTest, AFlowInAWindowNotShownWaitsForTheWindow)
         // request is recorded and answered.
         KovenaSDK::instance().kovenaStatusInit(
             host.merchant, QStringLiteral("43"), QStringLiteral("ORD-2"), QStringLiteral("token-3"));
-        ASSERT_TRUE(QTest::qWaitFor(
-            [&] {
-                clock.runDue();
-                return host.merchant->callCount() == i + 1;
-            },
-            kWaitMs));
+        ASSERT_TRUE(reportsReach(host.merchant, i + 1));
+        EXPECT_EQ(host.merchant->callCount(), i + 1);
         EXPECT_EQ(backend.requests().size(), 1u);
         EXPECT_EQ(merchant->callCount(), 0u);
 
         window.show();
-        ASSERT_TRUE(QTest::qWaitFor(
-            [&] {
-                clock.runDue();
-                return merchant->callCount() > 0;
-            },
-            kWaitMs));
+        ASSERT_TRUE(reportsReach(merchant, 1));
         EXPECT_TRUE(root->isViewLoaded());
         EXPECT_EQ(merchant->statuses(), reports[i]);
     }
@@ -157,12 +154,7 @@ TEST_F(FacadeTest, TheTokenOutlivesItsStoredEntry)
     sandbox::Sandbox &backend = inProcessBackend();
     backend.clearRequests();
     enquire();
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] {
-            clock.runDue();
-            return host.merchant->callCount() == 1;
-        },
-        kWaitMs));
+    ASSERT_TRUE(reportsReach(host.merchant, 1));
     UserDefaults::standard().remove(QStringLiteral("accessToken"));
     ASSERT_FALSE(UserDefaults::standard().contains(QStringLiteral("accessToken")));
 
