@@ -47,12 +47,10 @@ void checkBankList(const JsonValue &value)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     return fuzzJson(data, size, [](const JsonValue &value) {
-        fuzzRecord<BankNB>(value, Reading::Strict);
-        fuzzList<BankNB>(value, Reading::Strict);
+        fuzzReadings<BankNB>(value, Reading::Strict);
         checkBankList(value);
         for (const JsonValue *banks : valueAndMember(value, "data")) {
-            fuzzRecord<BankNB::Data>(*banks, Reading::Lenient);
-            fuzzList<BankNB::Data>(*banks, Reading::Lenient);
+            fuzzReadings<BankNB::Data>(*banks, Reading::Lenient);
         }
     });
 }

@@ -92,6 +92,13 @@ template<class Record> void fuzzList(const JsonValue &value, Reading reading)
     }
 }
 
+// Reads `value` both as one record and as a list of them.
+template<class Record> void fuzzReadings(const JsonValue &value, Reading reading)
+{
+    fuzzRecord<Record>(value, reading);
+    fuzzList<Record>(value, reading);
+}
+
 // The JSON value of the fuzzer's bytes; nothing to do when they are not JSON.
 template<class Fuzz> int fuzzJson(const std::uint8_t *data, std::size_t size, Fuzz &&fuzz)
 {

@@ -10,11 +10,9 @@ using namespace kovena::fuzzing;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     return fuzzJson(data, size, [](const JsonValue &value) {
-        fuzzRecord<TransactionStatus>(value, Reading::Lenient);
-        fuzzList<TransactionStatus>(value, Reading::Lenient);
+        fuzzReadings<TransactionStatus>(value, Reading::Lenient);
         for (const JsonValue *candidate : valueAndMember(value, "data")) {
-            fuzzRecord<TransactionStatus::Data>(*candidate, Reading::Lenient);
-            fuzzList<TransactionStatus::Data>(*candidate, Reading::Lenient);
+            fuzzReadings<TransactionStatus::Data>(*candidate, Reading::Lenient);
         }
     });
 }

@@ -10,14 +10,11 @@ using namespace kovena::fuzzing;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     return fuzzJson(data, size, [](const JsonValue &value) {
-        fuzzRecord<UPIResponse>(value, Reading::Lenient);
-        fuzzList<UPIResponse>(value, Reading::Lenient);
+        fuzzReadings<UPIResponse>(value, Reading::Lenient);
         for (const JsonValue *payment : valueAndMember(value, "data")) {
-            fuzzRecord<UPIResponse::Data>(*payment, Reading::Strict);
-            fuzzList<UPIResponse::Data>(*payment, Reading::Strict);
+            fuzzReadings<UPIResponse::Data>(*payment, Reading::Strict);
             for (const JsonValue *reference : valueAndMember(*payment, "upiTxnRefNumber")) {
-                fuzzRecord<UPIResponse::UpiTxnRefNumber>(*reference, Reading::Lenient);
-                fuzzList<UPIResponse::UpiTxnRefNumber>(*reference, Reading::Lenient);
+                fuzzReadings<UPIResponse::UpiTxnRefNumber>(*reference, Reading::Lenient);
             }
         }
     });

@@ -9,11 +9,9 @@ using namespace kovena::fuzzing;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     return fuzzJson(data, size, [](const JsonValue &value) {
-        fuzzRecord<UPIStatus>(value, Reading::Strict);
-        fuzzList<UPIStatus>(value, Reading::Strict);
+        fuzzReadings<UPIStatus>(value, Reading::Strict);
         for (const JsonValue *payment : valueAndMember(value, "data")) {
-            fuzzRecord<UPIStatus::Data>(*payment, Reading::Strict);
-            fuzzList<UPIStatus::Data>(*payment, Reading::Strict);
+            fuzzReadings<UPIStatus::Data>(*payment, Reading::Strict);
         }
     });
 }
