@@ -1,12 +1,16 @@
 #include "api/ApiRequest.h"
 
 #include "api/Constants.h"
+#include "api/JsonReader.h"
 #include "api/LogRedaction.h"
 #include "api/SessionDataTask.h"
 #include "api/UrlSession.h"
 #include "platform/FatalError.h"
 #include "platform/Logging.h"
 
+#include <QHash>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QUrl>
 
 #include <optional>
@@ -15,37 +19,6 @@
 namespace kovena {
 
 namespace {
-
-// No reply of the backend nests more than a few levels. A far deeper one is refused before its
-// tree is built: the parser copies an object's members, recursively, each time the object
-// grows, and a tree 100 000 levels deep would overflow the session thread's stack there.
-constexpr int kMaxReplyDepth = 512;
-
-struct TooDeep
-{
-};
-
-// The reply body as JSON, or nullopt with what was wrong in `fault`: the position and kind of
-// the fault, never the body's text.
-std::optional<JsonValue> decode(const QByteArray &body, std::string &fault)
-{
-    const auto limitDepth = [](int depth, JsonValue::parse_event_t, JsonValue &) {
-        if (depth > kMaxReplyDepth)
-            throw TooDeep();
-        return true;
-    };
-    try {
-        return JsonValue::parse(body.constBegin(), body.constEnd(), limitDepth);
-    } catch (const JsonValue::parse_error &e) {
-        fault = "parse error " + std::to_string(e.id) + " at byte " + std::to_string(e.byte);
-    } catch (const JsonValue::out_of_range &e) {
-        // A number beyond the range of a double.
-        fault = "number out of range, error " + std::to_string(e.id);
-    } catch (const TooDeep &) {
-        fault = "nested deeper than " + std::to_string(kMaxReplyDepth) + " levels";
-    }
-    return std::nullopt;
-}
 
 std::optional<QByteArray> encodeBody(const char *operation, const JsonValue &body)
 {
@@ -56,6 +29,29 @@ std::optional<QByteArray> encodeBody(const char *operation, const JsonValue &bod
         qCWarning(lcApi, "%s: request body could not be encoded: %s", operation, e.what());
         return std::nullopt;
     }
+}
+
+// The request for `url` with all that is the same for every request to it: parsing the URL and
+// setting up a request cost as much as the rest of a status enquiry's own work, and each
+// operation posts to one URL of a server that rarely changes.
+QNetworkRequest preparedRequest(const QString &url)
+{
+    static QMutex mutex;
+    static QHash<QString, QNetworkRequest> prepared;
+    QMutexLocker lock(&mutex);
+    if (const auto it = prepared.constFind(url); it != prepared.cend())
+        return *it;
+    const QUrl parsed(url, QUrl::StrictMode);
+    if (!parsed.isValid() || parsed.isRelative())
+        fatalError("a request URL cannot be parsed");
+    QNetworkRequest request = UrlSession::makeRequest(parsed);
+    request.setRawHeader(
+        Constants::PG::PG_CONTENT_TYPE().toLatin1(), Constants::PG::PG_CONTENT_TYPE_VALUE().toLatin1());
+    constexpr qsizetype kKept = 32; // far more than the operations' URLs on one server
+    if (prepared.size() >= kKept)
+        prepared.clear();
+    prepared.insert(url, request);
+    return request;
 }
 
 } // namespace
@@ -70,19 +66,14 @@ QByteArray ApiRequest::authorizationValue(const QString &token)
 DataTaskPtr ApiRequest::post(const char *operation, const QString &url, const QString &token,
     const JsonValue &body, ReplyHandlers handlers)
 {
-    const QUrl parsed(url, QUrl::StrictMode);
-    if (!parsed.isValid() || parsed.isRelative())
-        fatalError("a request URL cannot be parsed");
-
-    QNetworkRequest request = UrlSession::makeRequest(parsed);
+    QNetworkRequest request = preparedRequest(url);
+    static const QByteArray authorization = Constants::PG::PG_AUTHORIZATION().toLatin1();
+    request.setRawHeader(authorization, authorizationValue(token));
     const std::optional<QByteArray> encoded = encodeBody(operation, body);
-    request.setRawHeader(
-        Constants::PG::PG_CONTENT_TYPE().toLatin1(), Constants::PG::PG_CONTENT_TYPE_VALUE().toLatin1());
-    request.setRawHeader(Constants::PG::PG_AUTHORIZATION().toLatin1(), authorizationValue(token));
 
     if (lcApi().isDebugEnabled()) {
         const std::string shown = LogRedaction::redacted(body).dump();
-        qCDebug(lcApi, "%s: POST %s %s", operation, qUtf8Printable(parsed.path()), shown.c_str());
+        qCDebug(lcApi, "%s: POST %s %s", operation, qUtf8Printable(request.url().path()), shown.c_str());
     }
 
     auto completion = [operation, handlers = std::move(handlers)](
@@ -101,7 +92,7 @@ void ApiRequest::handleReply(
     }
 
     std::string fault;
-    const std::optional<JsonValue> decoded = decode(*result.body, fault);
+    const std::optional<JsonValue> decoded = JsonReader::read(*result.body, fault);
     if (!decoded) {
         handlers.failure();
         qCWarning(lcApi, "%s: reply is not valid JSON (%s)", operation, fault.c_str());
