@@ -59,9 +59,11 @@ void addressOf(int sock, bool peer, std::string &ip, int &port)
 }
 
 // One accepted connection, plain or TLS. Reads are buffered; every byte handed to the HTTP
-// parser is also kept, so the head of the current request can be read back verbatim. Writes
-// never raise SIGPIPE on a plain socket, and once the connection is marked dropped nothing more
-// is sent.
+// parser is also kept, so the head of the current request can be read back verbatim. Writes are
+// gathered and sent together once the answer is complete (or before the next wait for input),
+// so that an answer's head and body leave in one segment, as a production front end sends a
+// small answer. Writes never raise SIGPIPE on a plain socket, and once the connection is marked
+// dropped nothing more is sent.
 class ConnectionStream : public httplib::Stream
 {
 public:
@@ -84,6 +86,9 @@ public:
     ssize_t read(char *ptr, size_t size) override
     {
         if (m_begin == m_end) {
+            // The peer may wait for what was written so far (an interim answer) before it sends more.
+            if (!flush())
+                return -1;
             if (!hasBufferedInput() && !waitFor(m_sock, POLLIN, m_readTimeoutMs))
                 return -1;
             ssize_t n = receive(m_buffer.data(), m_buffer.size());
@@ -104,7 +109,8 @@ public:
         if (m_cutAfterBody && !m_dropped) {
             const size_t pass = bytesBeforeCut(ptr, size);
             if (pass != std::string::npos) {
-                sendAll(ptr, pass);
+                m_pending.append(ptr, pass);
+                flush();
                 m_dropped = true;
                 return -1;
             }
@@ -117,9 +123,20 @@ public:
             }
             return -1;
         }
-        if (!waitFor(m_sock, POLLOUT, m_writeTimeoutMs))
-            return -1;
-        return transmit(ptr, size);
+        m_pending.append(ptr, size);
+        return static_cast<ssize_t>(size);
+    }
+
+    // Sends what was written; false when the connection could not take it.
+    bool flush()
+    {
+        if (m_pending.empty() || m_dropped) {
+            m_pending.clear();
+            return !m_dropped;
+        }
+        const bool sent = sendAll(m_pending.data(), m_pending.size());
+        m_pending.clear();
+        return sent;
     }
 
     void get_remote_ip_and_port(std::string &ip, int &port) const override
@@ -151,6 +168,7 @@ public:
     // connection that ended normally says goodbye first.
     void close()
     {
+        flush();
         if (m_dropped && m_ending == RecordingServer::Ending::Reset) {
             linger abort { 1, 0 };
             ::setsockopt(m_sock, SOL_SOCKET, SO_LINGER, &abort, sizeof(abort));
@@ -240,6 +258,7 @@ private:
     size_t m_begin = 0;
     size_t m_end = 0;
     std::string m_captured;
+    std::string m_pending; // written, not sent yet
 
     bool m_dropped = false;
     bool m_shutDown = false;
@@ -311,6 +330,7 @@ bool serveConnection(int sock, SSL *ssl, const ConnectionSettings &settings, con
         ok = process(stream, left == 1, closed, [&](httplib::Request &) {
             connection.headers = RecordingServer::parseHeaderBlock(stream.captured());
         });
+        ok = stream.flush() && ok;
         if (!ok || closed || stream.dropped())
             break;
     }
