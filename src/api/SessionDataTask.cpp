@@ -5,7 +5,6 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QTimer>
 
 #include <chrono>
 
@@ -39,8 +38,6 @@ bool isHttpStatusError(QNetworkReply::NetworkError error)
     }
 }
 
-constexpr std::chrono::milliseconds kNoProgressTimeout { 60000 };
-
 QString sessionClosedError()
 {
     return u"the network session has been shut down"_s;
@@ -67,6 +64,12 @@ void SessionDataTask::resume()
 {
     if (m_resumed.exchange(true))
         return;
+    // Resumed from a completion (the next request of a chain): already where it runs, so it
+    // starts at once instead of waiting for another turn of the session's event loop.
+    if (m_session->isOpenHere()) {
+        startOnSessionThread();
+        return;
+    }
     auto self = shared_from_this();
     if (!m_session->post([self] { self->startOnSessionThread(); }))
         complete({ std::nullopt, sessionClosedError() });
@@ -104,23 +107,19 @@ void SessionDataTask::startOnSessionThread()
 void SessionDataTask::watchProgress()
 {
     // Qt's own transfer timeout re-arms its timer with a queued call for every bit of progress,
-    // which cost a status enquiry on loopback a noticeable part of its time. Here progress only
-    // notes the time, and one timer looks at it when it runs out. The connections die with the
-    // reply, which the task outlives.
+    // and a timer per request costs a status enquiry on loopback a noticeable part of its time.
+    // Here progress only notes the time; the session's watchdog looks at it now and then. The
+    // connections die with the reply, which the task outlives.
     m_sinceProgress.start();
-    auto *timer = new QTimer(m_reply);
-    timer->setSingleShot(true);
     const auto progressed = [this] { m_sinceProgress.restart(); };
-    QObject::connect(m_reply, &QNetworkReply::uploadProgress, timer, progressed);
-    QObject::connect(m_reply, &QNetworkReply::downloadProgress, timer, progressed);
-    QObject::connect(timer, &QTimer::timeout, m_reply, [this, timer] {
-        const qint64 left = kNoProgressTimeout.count() - m_sinceProgress.elapsed();
-        if (left > 0)
-            timer->start(int(left));
-        else if (!m_finished.load() && m_reply->isRunning())
-            m_reply->abort(); // finished() follows, with an error
-    });
-    timer->start(kNoProgressTimeout);
+    QObject::connect(m_reply, &QNetworkReply::uploadProgress, m_reply, progressed);
+    QObject::connect(m_reply, &QNetworkReply::downloadProgress, m_reply, progressed);
+}
+
+void SessionDataTask::abortIfStalled(std::chrono::milliseconds limit)
+{
+    if (m_reply && !m_finished.load() && m_reply->isRunning() && m_sinceProgress.elapsed() >= limit.count())
+        m_reply->abort(); // finished() follows, with an error
 }
 
 void SessionDataTask::cancelOnSessionThread()

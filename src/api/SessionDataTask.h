@@ -6,6 +6,7 @@
 #include <QNetworkRequest>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -43,6 +44,8 @@ private:
     void cancelOnSessionThread();
     void onReplyFinished();
     void watchProgress();
+    // Aborts the request once `limit` has passed without progress (session thread only).
+    void abortIfStalled(std::chrono::milliseconds limit);
     void complete(DataTaskResult result);
 
     std::shared_ptr<UrlSession> m_session;

@@ -5,7 +5,9 @@
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
 #include <QThread>
+#include <QTimer>
 
+#include <chrono>
 #include <set>
 
 namespace kovena {
@@ -53,11 +55,18 @@ void UrlSession::shutdownShared()
         session->close();
 }
 
+// A request ends itself after this long without progress; the watchdog looks at the running
+// requests once per tick, so one ends between the limit and a tick later.
+constexpr std::chrono::milliseconds kNoProgressLimit { 60000 };
+constexpr std::chrono::milliseconds kWatchdogTick { 1000 };
+
 struct UrlSession::Private
 {
     QThread thread;
     QObject *context = nullptr; // lives on the session thread
     QNetworkAccessManager *manager = nullptr; // created on the session thread
+    // One timer for all requests, running while there are any (and one tick beyond).
+    QTimer *watchdog = nullptr; // created on the session thread
     std::set<std::shared_ptr<SessionDataTask>> running;
 
     QMutex mutex; // guards closed and the posting of blocks
@@ -115,6 +124,17 @@ void UrlSession::start()
         [p] {
             t_onSessionThread = true;
             p->manager = new QNetworkAccessManager(p->context);
+            p->watchdog = new QTimer(p->context);
+            p->watchdog->setInterval(kWatchdogTick);
+            QObject::connect(p->watchdog, &QTimer::timeout, p->context, [p] {
+                if (p->running.empty()) {
+                    p->watchdog->stop();
+                    return;
+                }
+                const auto running = p->running; // an abort completes its task, which leaves the set
+                for (const auto &task : running)
+                    task->abortIfStalled(kNoProgressLimit);
+            });
         },
         Qt::QueuedConnection);
 }
@@ -140,6 +160,8 @@ void UrlSession::close()
             p->running.clear();
             delete p->manager;
             p->manager = nullptr;
+            delete p->watchdog;
+            p->watchdog = nullptr;
             p->context->deleteLater(); // runs as the thread finishes
             p->context = nullptr;
             QThread::currentThread()->quit();
@@ -157,6 +179,14 @@ bool UrlSession::post(std::function<void()> block)
     return true;
 }
 
+bool UrlSession::isOpenHere() const
+{
+    if (QThread::currentThread() != &d->thread)
+        return false;
+    QMutexLocker lock(&d->mutex);
+    return !d->closed;
+}
+
 QNetworkAccessManager *UrlSession::manager() const
 {
     return d->manager;
@@ -165,6 +195,10 @@ QNetworkAccessManager *UrlSession::manager() const
 void UrlSession::taskStarted(const std::shared_ptr<SessionDataTask> &task)
 {
     d->running.insert(task);
+    // Left running between the requests of a chain: starting and stopping a timer per request
+    // would cost as much as the timer it replaces.
+    if (!d->watchdog->isActive())
+        d->watchdog->start();
 }
 
 void UrlSession::taskFinished(const std::shared_ptr<SessionDataTask> &task)

@@ -58,6 +58,9 @@ private:
     void start();
     // Runs `block` on the session thread; false (and nothing runs) once the session is closed.
     bool post(std::function<void()> block);
+    // True on this session's own thread while it is open, where a block may run at once. A task
+    // closed later is still found by close(), which runs after the block that started it.
+    bool isOpenHere() const;
     QNetworkAccessManager *manager() const; // session thread only
     void taskStarted(const std::shared_ptr<SessionDataTask> &task); // session thread only
     void taskFinished(const std::shared_ptr<SessionDataTask> &task); // session thread only

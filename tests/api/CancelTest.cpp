@@ -88,4 +88,34 @@ TEST(SessionTask, CancelledBeforeResumeNeverReachesTheServer)
     EXPECT_EQ(backend().requests().size(), 1u) << "only the later request went out";
 }
 
+TEST(SessionTask, RequestsMadeFromCompletionsGoOutOnceEachInOrder)
+{
+    resetBackendAndDefaults();
+    const QUrl url(QString::fromStdString(backend().baseUrl() + statusRequest.path));
+    constexpr int kChain = 3;
+    std::vector<DataTaskPtr> tasks;
+    std::atomic<int> completions { 0 };
+    std::atomic<bool> allOnSessionThread { true };
+    std::function<void()> next = [&] {
+        const int index = int(tasks.size());
+        auto task = UrlSession::shared()->dataTask(UrlSession::makeRequest(url),
+            QByteArray("{\"n\":") + QByteArray::number(index) + '}', [&](DataTaskResult result) {
+                allOnSessionThread = allOnSessionThread && UrlSession::isSessionThread() && result.body;
+                if (++completions < kChain)
+                    next(); // from inside the completion, on the session thread
+            });
+        tasks.push_back(task);
+        task->resume();
+    };
+    next();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions.load() == kChain; }, kWaitMs));
+    flushSessionThread();
+    EXPECT_EQ(completions.load(), kChain);
+    EXPECT_TRUE(allOnSessionThread);
+    const auto requests = backend().requests();
+    ASSERT_EQ(requests.size(), std::size_t(kChain));
+    for (int i = 0; i < kChain; ++i)
+        EXPECT_EQ(requests[std::size_t(i)].body, "{\"n\":" + std::to_string(i) + "}");
+}
+
 } // namespace
