@@ -95,8 +95,8 @@ int requestFigure(const Options &options)
     };
     baseline();
 
-    // The sandbox keeps a connection for 1000 requests: 1 + 12 blocks of 50 each stay within it.
-    const int blocks = options.quick ? 2 : 12;
+    // The sandbox keeps a connection for 1000 requests: 1 + 18 blocks of 50 each stay within it.
+    const int blocks = options.quick ? 2 : 18;
     std::vector<double> ourBlocks, bareBlocks, ourCpu, bareCpu;
     const auto timed = [](auto run, std::vector<double> &wall, std::vector<double> &cpu) {
         const double cpuBefore = processCpuSeconds();
@@ -119,11 +119,17 @@ int requestFigure(const Options &options)
     printRow({ u"request CPU (per enquiry, for reference)"_s, micros(cpuOurs), micros(cpuBare),
                  times(cpuOurs / cpuBare), u"-"_s, true, false },
         options);
+    // Each block against the other block of its pair, run right before or after it: the
+    // speed of this shared two-core machine drifts by more than the budget within a run, and a
+    // pair sees the same drift.
+    std::vector<double> pairRatios;
+    for (std::size_t i = 0; i < ourBlocks.size(); ++i)
+        pairRatios.push_back(ourBlocks[i] / bareBlocks[i]);
     const double measured = median(ourBlocks) / kBlock;
     const double reference = median(bareBlocks) / kBlock;
-    const double ratio = measured / reference;
-    printRow({ u"request overhead (per enquiry, blocks of 50)"_s, millis(measured), millis(reference),
-                 times(ratio), u"<= 1.05x"_s, ratio <= 1.05 },
+    const double ratio = median(pairRatios);
+    printRow({ u"request overhead (per enquiry, median of paired blocks of 50)"_s, millis(measured),
+                 millis(reference), times(ratio), u"<= 1.05x"_s, ratio <= 1.05 },
         options);
     sandbox.stop();
     return 0;
