@@ -28,7 +28,7 @@ namespace {
 const std::string kBasePath = "/KoVena/";
 // A polling client keeps its connection, as with a production server; cpp-httplib's default
 // would close it after every fifth request.
-constexpr std::size_t kKeepAliveRequests = 1000;
+constexpr std::size_t kKeepAliveRequests = 10000;
 
 bool sameName(const std::string &a, const std::string &b)
 {

@@ -9,7 +9,9 @@ OneShotBody::OneShotBody(QByteArray data, QObject *parent)
     : QIODevice(parent)
     , m_data(std::move(data))
 {
-    open(QIODevice::ReadOnly);
+    // Unbuffered: the bytes are in memory already, and QIODevice's buffer would take a block of
+    // its own per request to copy them through.
+    open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
 qint64 OneShotBody::bytesAvailable() const
