@@ -39,24 +39,21 @@ public:
             return std::nullopt;
         skipSpace();
         // A NUL byte ends the text, as it does for JsonValue::parse, which reads C strings too.
-        if (m_at != m_end && *m_at != '\0')
-            return fail("syntax error");
+        if (m_at != m_end && *m_at != '\0') {
+            failed("syntax error");
+            return std::nullopt;
+        }
         return value;
     }
 
     const std::string &fault() const { return m_fault; }
 
 private:
-    std::nullopt_t fail(const char *what)
+    // Notes the first fault and where it is; false, to be returned up the parse.
+    bool failed(const char *what)
     {
         if (m_fault.empty())
             m_fault = std::string(what) + " at byte " + std::to_string(m_at - m_begin);
-        return std::nullopt;
-    }
-
-    bool failed(const char *what)
-    {
-        fail(what);
         return false;
     }
 

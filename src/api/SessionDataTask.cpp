@@ -136,12 +136,14 @@ void SessionDataTask::onReplyFinished()
 {
     QNetworkReply *reply = m_reply;
     const QNetworkReply::NetworkError error = reply->error();
-    const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+    // Whether a status line came back is asked only of a reply that has an error.
+    const auto answered
+        = [reply] { return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid(); };
 
     DataTaskResult result;
     if (m_cancelRequested.load() && error == QNetworkReply::OperationCanceledError) {
         result.error = cancelledError();
-    } else if (error != QNetworkReply::NoError && !(answered && isHttpStatusError(error))) {
+    } else if (error != QNetworkReply::NoError && !(isHttpStatusError(error) && answered())) {
         result.error = reply->errorString();
     } else {
         QByteArray body = reply->readAll();
