@@ -65,9 +65,7 @@ void PrintTo(const Refusal &r, std::ostream *out)
     *out << r.name;
 }
 
-class DemoCommandLineRefusal : public ::testing::TestWithParam<Refusal>
-{
-};
+using DemoCommandLineRefusal = ::testing::TestWithParam<Refusal>;
 
 TEST_P(DemoCommandLineRefusal, SaysWhatIsWrong)
 {

@@ -32,9 +32,7 @@ void PrintTo(const RowCase &c, std::ostream *out)
     *out << c.name;
 }
 
-class CallbackRowCase : public testing::TestWithParam<RowCase>
-{
-};
+using CallbackRowCase = testing::TestWithParam<RowCase>;
 
 TEST_P(CallbackRowCase, ShowsTheRecordsOutcomeAndTheCallingThread)
 {
@@ -109,9 +107,7 @@ void PrintTo(const RunCase &c, std::ostream *out)
     *out << c.name;
 }
 
-class TourRunCase : public testing::TestWithParam<RunCase>
-{
-};
+using TourRunCase = testing::TestWithParam<RunCase>;
 
 const TourStep kUpiStep { u"UPI payment (success@kovena)"_s, {}, 1 };
 

@@ -23,48 +23,12 @@ QStringList eventTexts(const std::vector<nlohmann::ordered_json> &events, const 
     return texts;
 }
 
-// Runs kovena-demo with exactly these arguments.
-DemoRun runDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &extra)
+// The record's "data" object, or null.
+nlohmann::ordered_json dataOf(const nlohmann::ordered_json &record)
 {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("QTWEBENGINE_DISABLE_SANDBOX"), QStringLiteral("1"));
-    environment.insert(extra);
-    process.setProcessEnvironment(environment);
-    process.setProgram(QStringLiteral(KOVENA_DEMO_EXE));
-    process.setArguments(arguments);
-    process.start();
-
-    DemoRun run;
-    if (!process.waitForStarted(10000)) {
-        run.standardError = QStringLiteral("could not start ") + process.program() + QStringLiteral(": ")
-            + process.errorString();
-        return run;
-    }
-    run.finished = process.waitForFinished(limitMs);
-    if (!run.finished) {
-        process.kill();
-        process.waitForFinished(5000);
-    } else {
-        run.exitStatus = process.exitStatus();
-        run.exitCode = process.exitCode();
-    }
-
-    const QByteArray output = process.readAllStandardOutput();
-    run.standardOutput = QString::fromUtf8(output);
-    const QList<QByteArray> lines = output.split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.isEmpty())
-            continue;
-        auto event = nlohmann::ordered_json::parse(line.constBegin(), line.constEnd(), nullptr, false);
-        if (event.is_discarded() || !event.is_object() || !event.contains("event"))
-            run.malformedLines << QString::fromUtf8(line);
-        else
-            run.events.push_back(std::move(event));
-    }
-    run.standardError = QString::fromUtf8(process.readAllStandardError());
-    return run;
+    const auto data
+        = record.is_object() ? record.value("data", nlohmann::ordered_json()) : nlohmann::ordered_json();
+    return data.is_object() ? data : nlohmann::ordered_json();
 }
 
 } // namespace
@@ -83,9 +47,8 @@ std::vector<long long> DemoRun::paymentStatuses() const
 {
     std::vector<long long> statuses;
     for (const auto &record : callbacks()) {
-        const auto data
-            = record.is_object() ? record.value("data", nlohmann::ordered_json()) : nlohmann::ordered_json();
-        const auto it = data.is_object() ? data.find("paymentStatus") : data.end();
+        const auto data = dataOf(record);
+        const auto it = data.find("paymentStatus");
         statuses.push_back(it != data.end() && it->is_number_integer() ? it->get<long long>() : LLONG_MIN);
     }
     return statuses;
@@ -94,11 +57,8 @@ std::vector<long long> DemoRun::paymentStatuses() const
 QStringList DemoRun::descriptions() const
 {
     QStringList texts;
-    for (const auto &record : callbacks()) {
-        const auto data
-            = record.is_object() ? record.value("data", nlohmann::ordered_json()) : nlohmann::ordered_json();
-        texts << (data.is_object() ? field(data, "description") : QString());
-    }
+    for (const auto &record : callbacks())
+        texts << field(dataOf(record), "description");
     return texts;
 }
 
@@ -112,21 +72,15 @@ QStringList DemoRun::screens() const
     return eventTexts(events, "screen", "name");
 }
 
-QStringList DemoRun::linesShowing(const QString &text) const
-{
-    QStringList lines;
-    for (const QString &output : { standardOutput, standardError })
-        for (const QString &line : output.split(u'\n'))
-            if (line.contains(text))
-                lines << line;
-    return lines;
-}
-
 void expectTokenOnlyInTheFacadeLine(const DemoRun &run)
 {
     if (run.accessToken.isEmpty())
         return; // nothing to look for
-    const QStringList lines = run.linesShowing(run.accessToken);
+    QStringList lines;
+    for (const QString &output : { run.standardOutput, run.standardError })
+        for (const QString &line : output.split(u'\n'))
+            if (line.contains(run.accessToken))
+                lines << line;
     ASSERT_EQ(lines.size(), 1) << lines.join(u'\n').toStdString();
     EXPECT_TRUE(lines[0].endsWith(QStringLiteral("---Merchant Access Token") + run.accessToken))
         << lines[0].toStdString();
@@ -155,12 +109,20 @@ std::string DemoRun::transcript() const
     return text;
 }
 
-DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &environment)
+DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs, const QProcessEnvironment &extra)
 {
-    QProcessEnvironment verbose;
-    verbose.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("kovena*.debug=true"));
-    verbose.insert(environment);
-    DemoRun run = runDemo(QStringList { QStringLiteral("--headless") } + arguments, limitMs, verbose);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("QTWEBENGINE_DISABLE_SANDBOX"), QStringLiteral("1"));
+    environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("kovena*.debug=true"));
+    environment.insert(extra);
+    process.setProcessEnvironment(environment);
+    process.setProgram(QStringLiteral(KOVENA_DEMO_EXE));
+    process.setArguments(QStringList { QStringLiteral("--headless") } + arguments);
+    process.start();
+
+    DemoRun run;
     // The last "--token" wins, as on the demo's command line.
     run.accessToken = QStringLiteral("demo-token");
     for (qsizetype i = 0; i < arguments.size(); ++i) {
@@ -169,6 +131,32 @@ DemoRun runHeadlessDemo(const QStringList &arguments, int limitMs, const QProces
         else if (arguments[i].startsWith(u"--token="))
             run.accessToken = arguments[i].mid(8);
     }
+    if (!process.waitForStarted(10000)) {
+        run.standardError = QStringLiteral("could not start ") + process.program() + QStringLiteral(": ")
+            + process.errorString();
+        return run;
+    }
+    run.finished = process.waitForFinished(limitMs);
+    if (!run.finished) {
+        process.kill();
+        process.waitForFinished(5000);
+    } else {
+        run.exitStatus = process.exitStatus();
+        run.exitCode = process.exitCode();
+    }
+
+    const QByteArray output = process.readAllStandardOutput();
+    run.standardOutput = QString::fromUtf8(output);
+    for (const QByteArray &line : output.split('\n')) {
+        if (line.isEmpty())
+            continue;
+        auto event = nlohmann::ordered_json::parse(line.constBegin(), line.constEnd(), nullptr, false);
+        if (event.is_discarded() || !event.is_object() || !event.contains("event"))
+            run.malformedLines << QString::fromUtf8(line);
+        else
+            run.events.push_back(std::move(event));
+    }
+    run.standardError = QString::fromUtf8(process.readAllStandardError());
     return run;
 }
 

@@ -37,8 +37,6 @@ struct DemoRun
     QStringList descriptions() const; // data.description of each callback
     QStringList toasts() const;
     QStringList screens() const;
-    // The lines of stdout and stderr that contain `text`.
-    QStringList linesShowing(const QString &text) const;
     // Everything the run printed, for failure messages.
     std::string transcript() const;
 };

@@ -18,38 +18,25 @@
 namespace kovena::e2e {
 namespace {
 
-QString nextYear()
-{
-    return QString::number(QDate::currentDate().year() + 1);
-}
+const std::string kPayForService = "/KoVena/v1/sdk/payForService";
 
-// The requests in a --record file, in order (none if nothing was sent); each line must be a JSON
-// object.
-std::vector<nlohmann::json> recorded(const QString &path)
+// The JSON bodies a --record file shows sent to one endpoint (none if nothing was sent); each of
+// its lines must be a JSON object.
+std::vector<nlohmann::json> bodiesTo(const QString &recordFile, const std::string &path)
 {
     std::vector<nlohmann::json> out;
-    QFile file(path);
+    QFile file(recordFile);
     if (!file.open(QIODevice::ReadOnly))
         return out;
     while (!file.atEnd()) {
         const QByteArray line = file.readLine().trimmed();
         if (line.isEmpty())
             continue;
-        out.push_back(nlohmann::json::parse(line.constBegin(), line.constEnd(), nullptr, false));
-        EXPECT_TRUE(out.back().is_object()) << line.toStdString();
-    }
-    return out;
-}
-
-const std::string kPayForService = "/KoVena/v1/sdk/payForService";
-
-// The JSON bodies sent to one endpoint.
-std::vector<nlohmann::json> bodiesTo(const QString &recordFile, const std::string &path)
-{
-    std::vector<nlohmann::json> out;
-    for (const auto &request : recorded(recordFile))
-        if (request.value("path", "") == path)
+        const auto request = nlohmann::json::parse(line.constBegin(), line.constEnd(), nullptr, false);
+        EXPECT_TRUE(request.is_object()) << line.toStdString();
+        if (request.is_object() && request.value("path", "") == path)
             out.push_back(nlohmann::json::parse(request.value("body", ""), nullptr, false));
+    }
     return out;
 }
 
@@ -116,9 +103,7 @@ void PrintTo(const NoPayment &c, std::ostream *out)
     *out << c.name;
 }
 
-class HeadlessNoPayment : public ::testing::TestWithParam<NoPayment>
-{
-};
+using HeadlessNoPayment = ::testing::TestWithParam<NoPayment>;
 
 TEST_P(HeadlessNoPayment, ReportsThenEndsWithItsExitCode)
 {
@@ -175,6 +160,7 @@ TEST(CardPayment, SendsTheCardAsTypedAndLeavesItNowhere)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
+    const QString nextYear = QString::number(QDate::currentDate().year() + 1);
     const QString settings = dir.filePath(QStringLiteral("settings"));
     ASSERT_TRUE(QDir().mkpath(settings));
     const QString record = dir.filePath(QStringLiteral("requests.jsonl"));
@@ -182,11 +168,10 @@ TEST(CardPayment, SendsTheCardAsTypedAndLeavesItNowhere)
     verbose.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*.debug=true"));
     // A 17th digit is refused by the number field, and a fourth CVV digit by its field; the expiry
     // comes from the lists.
-    const DemoRun run
-        = runHeadlessDemo({ "--mode", "2", "--card", "41111111111111119", "--card-name", "Asha Rao",
-                              "--month", "7", "--year", nextYear(), "--cvv", "7391", "--bank-page", "approve",
-                              "--settings", settings, "--record", record },
-            90000, verbose);
+    const DemoRun run = runHeadlessDemo(
+        { "--mode", "2", "--card", "41111111111111119", "--card-name", "Asha Rao", "--month", "7", "--year",
+            nextYear, "--cvv", "7391", "--bank-page", "approve", "--settings", settings, "--record", record },
+        90000, verbose);
     SCOPED_TRACE(run.transcript());
     expectTokenOnlyInTheFacadeLine(run);
 
@@ -201,7 +186,7 @@ TEST(CardPayment, SendsTheCardAsTypedAndLeavesItNowhere)
     EXPECT_EQ(account.value("cardNumber", "").substr(account.value("cardNumber", "").size() - 4), "1111");
     EXPECT_EQ(account.value("cardName", ""), "Asha Rao");
     EXPECT_EQ(account.value("cardExpiryMonth", ""), "7");
-    EXPECT_EQ(account.value("cardExpiryYear", ""), nextYear().toStdString());
+    EXPECT_EQ(account.value("cardExpiryYear", ""), nextYear.toStdString());
     EXPECT_EQ(bodies[0].value("serviceType", ""), "28");
 
     // The number in any grouping, and the CVV as a number of its own.
