@@ -146,8 +146,7 @@ TEST(CardUtils, CvvYearAndMonthRules)
 
     // number, month, year, valid. The month check goes by the issuer.
     const std::tuple<QString, Opt, Opt, bool> monthRows[]
-        = { { u"4111"_s, u"6"_s, u"2031"_s, true }, { u"4111"_s, u"5"_s, u"2031"_s, false },
-              { u"4111"_s, u"05"_s, u"+2031"_s, false }, { u"4111"_s, u"06"_s, u"2031"_s, true },
+        = { { u"4111"_s, u"05"_s, u"+2031"_s, false }, { u"4111"_s, u"06"_s, u"2031"_s, true },
               { u"4111"_s, u"1"_s, u"2030"_s, true }, { u"4111"_s, u""_s, u"2031"_s, false },
               { u"4111"_s, u"MM"_s, u"2031"_s, false }, { u"4111"_s, u"mm"_s, u"YYYY"_s, false },
               { u"50181"_s, {}, {}, true }, { u"6304123456789"_s, u"MM"_s, u"YYYY"_s, false } };

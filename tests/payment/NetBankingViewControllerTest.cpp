@@ -30,7 +30,6 @@ using namespace Qt::StringLiterals;
 namespace kovena {
 namespace {
 
-using testing::bodiesSentTo;
 const std::string kListEndpoint = testing::kBankListEndpoint;
 const std::string kPayEndpoint = testing::kPayEndpoint;
 
@@ -129,11 +128,16 @@ protected:
     }
 
     static std::vector<nlohmann::json> payments() { return testing::bodiesSentTo(kPayEndpoint); }
-    QStringList toasts() const { return testing::toastsOn(screen); }
 
     sandbox::Sandbox *sandbox = nullptr;
     QPointer<NetBankingViewController> screen;
     QString reference;
+};
+
+// A table of rows, each walked on its own screen.
+template<class Row>
+class NetBankingRowTest : public NetBankingScreenTest, public ::testing::WithParamInterface<Row>
+{
 };
 
 // Expected netbankingId per popular button (in kPopularButtons order); 0: "Error occured".
@@ -147,9 +151,7 @@ struct PopularRow
     qint64 firstListed; // paid with the list's first entry; 0: the list offers nothing
 };
 
-class NetBankingPopularTest : public NetBankingScreenTest, public ::testing::WithParamInterface<PopularRow>
-{
-};
+using NetBankingPopularTest = NetBankingRowTest<PopularRow>;
 
 TEST_P(NetBankingPopularTest, EachButtonPaysWithItsBankOrSaysErrorOccured)
 {
@@ -189,7 +191,7 @@ TEST_P(NetBankingPopularTest, EachButtonPaysWithItsBankOrSaysErrorOccured)
     for (const auto &body : payments())
         sentIds.push_back(body["netbankingId"].get<std::string>());
     EXPECT_EQ(sentIds, expectedIds);
-    EXPECT_EQ(toasts(), expectedToasts);
+    EXPECT_EQ(testing::toastsOn(screen), expectedToasts);
     EXPECT_EQ(nav->topViewController(), screen.data());
     EXPECT_EQ(merchant->callCount(), 0u);
 }
@@ -201,9 +203,7 @@ INSTANTIATE_TEST_SUITE_P(Lists, NetBankingPopularTest,
         PopularRow { "failed", kFailedList, {}, 0 }),
     [](const auto &info) { return std::string(info.param.name); });
 
-class NetBankingChoiceTest : public NetBankingScreenTest, public ::testing::WithParamInterface<const char *>
-{
-};
+using NetBankingChoiceTest = NetBankingRowTest<const char *>;
 
 TEST_P(NetBankingChoiceTest, TheThirdNameInTheListPaysWithTheThirdBankAndOpensItsPage)
 {
@@ -245,7 +245,7 @@ TEST_P(NetBankingChoiceTest, TheThirdNameInTheListPaysWithTheThirdBankAndOpensIt
     EXPECT_EQ(page->kovenaTransactionId, u"1700000000001"_s);
     EXPECT_EQ(page->merchantVC, merchant.data());
     EXPECT_FALSE(loading());
-    EXPECT_TRUE(toasts().isEmpty());
+    EXPECT_TRUE(testing::toastsOn(screen).isEmpty());
     EXPECT_EQ(merchant->callCount(), 0u);
 }
 
@@ -271,13 +271,13 @@ TEST_F(NetBankingScreenTest, TapsWhileAPaymentRegistersOrOfflineSendNothing)
     tap("btnProceed1");
     ASSERT_TRUE(settle([&] { return payments().size() == 2 && !loading(); }));
     EXPECT_EQ(payments()[1]["netbankingId"], "22");
-    EXPECT_TRUE(toasts().isEmpty()) << "while registering";
+    EXPECT_TRUE(testing::toastsOn(screen).isEmpty()) << "while registering";
 
     network.online = false;
     tap("btnProceed1");
     tap("btnSbiBank");
     tap("btnHdfcBank"); // not offered: the network is still the first thing said
-    EXPECT_EQ(toasts(), QStringList(3, u"No Network"_s)) << "offline";
+    EXPECT_EQ(testing::toastsOn(screen), QStringList(3, u"No Network"_s)) << "offline";
     EXPECT_FALSE(loading()) << "offline";
     EXPECT_EQ(payments().size(), 2u) << "offline";
 }
@@ -289,9 +289,7 @@ struct LeaveRow
     bool popped; // else covered by another screen, which keeps it alive
 };
 
-class NetBankingLeaveTest : public NetBankingScreenTest, public ::testing::WithParamInterface<LeaveRow>
-{
-};
+using NetBankingLeaveTest = NetBankingRowTest<LeaveRow>;
 
 TEST_P(NetBankingLeaveTest, LeavingCancelsTheRequestInFlight)
 {
@@ -321,7 +319,7 @@ TEST_P(NetBankingLeaveTest, LeavingCancelsTheRequestInFlight)
     ASSERT_TRUE(testing::roundTrip()); // the cancellation's answer has been handed over
     clock.runDue();
     EXPECT_EQ(merchant->callCount(), 0u);
-    EXPECT_EQ(bodiesSentTo(kListEndpoint).size() + payments().size(), sent);
+    EXPECT_EQ(testing::bodiesSentTo(kListEndpoint).size() + payments().size(), sent);
     if (row.popped) {
         delete cover;
         EXPECT_EQ(nav->viewControllers(), QList<ViewController *> { root.data() });
@@ -352,9 +350,7 @@ struct CancelRow
     bool duringPayment;
 };
 
-class NetBankingCancelTest : public NetBankingScreenTest, public ::testing::WithParamInterface<CancelRow>
-{
-};
+using NetBankingCancelTest = NetBankingRowTest<CancelRow>;
 
 TEST_P(NetBankingCancelTest, CancelAsksFirstAndProceedReportsCancelledOnce)
 {
@@ -405,9 +401,7 @@ struct DeathRow
     const char *diagnostic;
 };
 
-class NetBankingDeathTest : public NetBankingScreenTest, public ::testing::WithParamInterface<DeathRow>
-{
-};
+using NetBankingDeathTest = NetBankingRowTest<DeathRow>;
 
 TEST_P(NetBankingDeathTest, APaymentWithoutItsRequiredValuesIsFatal)
 {
@@ -442,9 +436,7 @@ struct MatchRow
     PopularIds ids; // found per popular bank, in kPopularButtons order; 0: not found
 };
 
-class PopularBanksTest : public ::testing::TestWithParam<MatchRow>
-{
-};
+using PopularBanksTest = ::testing::TestWithParam<MatchRow>;
 
 TEST_P(PopularBanksTest, FindsTheLastBankWithEachExactCode)
 {

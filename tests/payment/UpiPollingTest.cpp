@@ -121,10 +121,11 @@ TEST_F(UpiPollingTest, EnquiriesGoOutElevenSecondsAfterStartThenFourAfterEachAns
     EXPECT_TRUE(journal.reports.empty());
 }
 
-class UpiPollingStatusTest : public UpiPollingTest,
-                             public ::testing::WithParamInterface<std::pair<Status, bool>>
+template<class Row> class UpiPollingRowTest : public UpiPollingTest, public ::testing::WithParamInterface<Row>
 {
 };
+
+using UpiPollingStatusTest = UpiPollingRowTest<std::pair<Status, bool>>;
 
 TEST_P(UpiPollingStatusTest, OnlyOneTwoAndThreeEndThePollingAndAreReportedOnce)
 {
@@ -166,9 +167,7 @@ struct StopRow
     std::size_t enquiries;
 };
 
-class UpiPollingStopTest : public UpiPollingTest, public ::testing::WithParamInterface<StopRow>
-{
-};
+using UpiPollingStopTest = UpiPollingRowTest<StopRow>;
 
 // With an instant backend that always answers "pending", enquiries go out at 11 s, 15 s, 19 s...
 TEST_P(UpiPollingStopTest, StoppingEndsThePollingAfterAtMostOneMoreAnswer)
