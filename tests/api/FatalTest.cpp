@@ -42,12 +42,6 @@ void reportRetryOnAbort(int)
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
 }
 
-// fatalError's line for `what`, then the stored flag at the abort.
-std::string abortWith(const std::string &what, bool retryStored)
-{
-    return "kovena: fatal error: " + what + "\n.*stored retry: " + (retryStored ? "true" : "false");
-}
-
 TEST(FatalDeathTest, StoredFieldsAndArgumentsStopBeforeSending)
 {
     const std::tuple<Prepare, Send, const char *> rows[] = {
@@ -180,9 +174,11 @@ TEST(FatalDeathTest, ReplyWithoutItsMembersStopsWithoutCallback)
             backend().enqueueReply(row.request.path, { 200, row.body });
             std::signal(SIGABRT, reportRetryOnAbort);
         };
+        // fatalError's line, then the stored flag at the abort.
+        const std::string what
+            = row.reply ? std::string(row.reply) + ": member " + row.diagnostic : row.diagnostic;
         EXPECT_DEATH(sendAfter(scriptReply, row.request.send),
-            abortWith(row.reply ? std::string(row.reply) + ": member " + row.diagnostic : row.diagnostic,
-                row.retryStored))
+            "kovena: fatal error: " + what + "\n.*stored retry: " + (row.retryStored ? "true" : "false"))
             << row.body;
     }
 }

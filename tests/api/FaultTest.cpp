@@ -61,18 +61,14 @@ const FaultRow kRows[] = {
     { "huge-numbers", kUndecodables },
 };
 
-void useToken(const QString &token)
-{
-    UserDefaults::standard().setString(QStringLiteral("accessToken"), token);
-}
-
 // Sends one request of `type` under the fault's token and describes the outcome.
 std::string sendUnderFault(const RequestType &type, const std::string &fault)
 {
     resetBackendAndDefaults();
     const QString pendingId = type.namesPendingPayment ? registerPendingPayment() : QString();
     resetBackendAndDefaults();
-    useToken(QString::fromStdString("fault-" + fault));
+    UserDefaults::standard().setString(
+        QStringLiteral("accessToken"), QString::fromStdString("fault-" + fault));
 
     auto recorder = std::make_shared<Recorder>();
     LogCapture capture(recorder);
@@ -142,7 +138,7 @@ TEST(Faults, RepliesLateWithinTheTimeoutStillCount)
     resetBackendAndDefaults();
     const QString pendingId = registerPendingPayment();
     resetBackendAndDefaults();
-    useToken(QStringLiteral("fault-late"));
+    UserDefaults::standard().setString(QStringLiteral("accessToken"), QStringLiteral("fault-late"));
 
     std::vector<std::shared_ptr<Recorder>> recorders;
     const auto start = std::chrono::steady_clock::now();

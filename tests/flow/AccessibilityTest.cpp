@@ -99,11 +99,6 @@ struct WalkRow
     bool wraps = false; // a presentation: Tab comes back to its first control
 };
 
-void PrintTo(const WalkRow &row, std::ostream *out)
-{
-    *out << row.name;
-}
-
 class TabOrderTest : public ::testing::TestWithParam<WalkRow>
 {
 };

@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -69,9 +70,8 @@ TEST_F(FlowRootTest, CheckoutReplacesAnUnloadedEnquiryAndOpensThePaymentOptionSc
 
     const auto transition = navigator()->lastTransition();
     ASSERT_TRUE(transition.has_value());
-    EXPECT_DOUBLE_EQ(transition->duration, 0.3);
-    EXPECT_EQ(transition->type, u"moveIn"_s);
-    EXPECT_EQ(transition->subtype, u"fromTop"_s);
+    EXPECT_EQ(std::tuple(transition->duration, transition->type, transition->subtype),
+        std::tuple(0.3, u"moveIn"_s, u"fromTop"_s));
     EXPECT_FALSE(initial->loader().container()->parentWidget()); // no overlay on a checkout
     EXPECT_TRUE(inProcessBackend().requests().empty());
     EXPECT_EQ(host.merchant->callCount(), 0u);

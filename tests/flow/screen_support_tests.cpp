@@ -27,11 +27,6 @@ QSequentialAnimationGroup *fadeOf(QLabel *toast)
     return toast->findChild<QSequentialAnimationGroup *>(u"kovenaToastFade"_s);
 }
 
-void flushDeletes()
-{
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
 // A screen of the size of a phone, shown in its own window.
 class ScreenTest : public ::testing::Test
 {
@@ -68,7 +63,7 @@ TEST_F(ScreenTest, ToastsAppearOnTheNextTurnAndEachIsReleasedOnceFaded)
     fadeOf(toasts[0])->setCurrentTime(fadeOf(toasts[0])->totalDuration());
     EXPECT_DOUBLE_EQ(effect->opacity(), 0.0);
     EXPECT_FALSE(watched->isVisible());
-    flushDeletes();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(watched.isNull());
     toasts = toastsOf(screen);
     ASSERT_EQ(toasts.size(), 1);

@@ -149,17 +149,15 @@ TEST_F(PresentationTest, TheKeyboardGoesInStaysInsideAndComesBack)
     EXPECT_EQ(focused(), u"first"_s);
 
     // Forward and backward, Tab never leaves the presentation for the screen beneath it.
-    QStringList forward, backward;
-    for (int i = 0; i < 4; ++i) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        forward << focused();
+    for (const auto &[key, modifier] :
+        { std::pair { Qt::Key_Tab, Qt::NoModifier }, { Qt::Key_Backtab, Qt::ShiftModifier } }) {
+        QStringList order;
+        for (int i = 0; i < 4; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), key, modifier);
+            order << focused();
+        }
+        EXPECT_EQ(order, QStringList({ "second", "first", "second", "first" })) << key;
     }
-    for (int i = 0; i < 4; ++i) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
-        backward << focused();
-    }
-    EXPECT_EQ(forward, QStringList({ "second", "first", "second", "first" }));
-    EXPECT_EQ(backward, QStringList({ "second", "first", "second", "first" }));
 
     home->dismiss(true);
     EXPECT_EQ(focused(), u"homeProceed"_s);

@@ -104,7 +104,6 @@ TEST_F(FaultTest, EachTokenPlaysItsFaultOnTheWire)
         // Compared as text: the extra member comes first, the normal answer follows unchanged.
         { "huge-body",
             [&](const RawReply &r) {
-                EXPECT_GE(r.body.size(), Fault::kHugeBodyBytes);
                 EXPECT_EQ(r.body,
                     R"({"padding":")" + std::string(Fault::kHugeBodyBytes, 'x') + "\","
                         + normal.body.substr(1));

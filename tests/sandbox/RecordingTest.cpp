@@ -112,11 +112,10 @@ TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
         EXPECT_TRUE(line["time"].is_string());
     }
     EXPECT_EQ(lines[0]["path"], "/KoVena/v1/sdk/payForService");
-    json maskedBody = json::parse(lines[0]["body"].get<std::string>());
-    EXPECT_EQ(maskedBody["cvv"], "***");
-    EXPECT_EQ(maskedBody["bankAccount"]["cardNumber"], "************1111");
-    EXPECT_EQ(maskedBody["bankAccount"]["cardName"], "A B");
-    EXPECT_EQ(lines[0]["body"].get<std::string>().find("4111111111111111"), std::string::npos);
+    // What the masking does to a body is tested below; here, that the file holds the masked body.
+    const std::string maskedBody = lines[0]["body"];
+    EXPECT_EQ(json::parse(maskedBody), json::parse(wire::maskCardData(card.dump())));
+    EXPECT_EQ(maskedBody.find("4111111111111111"), std::string::npos);
     EXPECT_EQ(lines[1]["body"], "not json at all");
     const auto recordedHeaders = sandbox.requests()[2].headers;
     ASSERT_EQ(lines[2]["headers"].size(), recordedHeaders.size());
@@ -129,7 +128,6 @@ TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
     EXPECT_EQ(sandbox.requests().front().body, card.dump());
 }
 
-// A card registration's body is masked in the record file's test above.
 TEST(CardDataMasking, HidesEveryCardNumberAndCvvOfAnyBody)
 {
     struct Row
@@ -139,8 +137,9 @@ TEST(CardDataMasking, HidesEveryCardNumberAndCvvOfAnyBody)
         std::string masked;
     };
     const Row rows[] = {
-        { "numbers as JSON numbers", R"({"bankAccount":{"cardNumber":4111111111111111},"cvv":123})",
-            R"({"bankAccount":{"cardNumber":"************1111"},"cvv":"***"})" },
+        { "numbers as JSON numbers",
+            R"({"bankAccount":{"cardNumber":4111111111111111,"cardName":"A B"},"cvv":123})",
+            R"({"bankAccount":{"cardNumber":"************1111","cardName":"A B"},"cvv":"***"})" },
         { "inside an array", R"({"cards":[{"cardNumber":"5555555555554444","cvv":"1234"}]})",
             R"({"cards":[{"cardNumber":"************4444","cvv":"***"}]})" },
         { "body cut after the number", R"({"cvv":"123","bankAccount":{"cardNumber":"4111111111111111","card)",

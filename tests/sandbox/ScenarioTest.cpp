@@ -46,13 +46,6 @@ protected:
         }
         return statuses;
     }
-
-    std::int64_t startPayment(const std::string &reference, const std::string &vpa)
-    {
-        std::int64_t id = registerUpi(reference)["data"]["kovenaTransactionId"].get<std::int64_t>();
-        EXPECT_EQ(sendCollect(std::to_string(id), vpa)["responseCode"], "200MERSUCC");
-        return id;
-    }
 };
 
 TEST_F(ScenarioTest, StatusStaysPendingForTheScenarioThenTurnsFinal)
@@ -71,7 +64,8 @@ TEST_F(ScenarioTest, StatusStaysPendingForTheScenarioThenTurnsFinal)
     for (const auto &[vpa, expected] : rows) {
         SCOPED_TRACE(vpa);
         std::string reference = "SCN-" + std::to_string(++n);
-        std::int64_t id = startPayment(reference, vpa);
+        std::int64_t id = registerUpi(reference)["data"]["kovenaTransactionId"].get<std::int64_t>();
+        EXPECT_EQ(sendCollect(std::to_string(id), vpa)["responseCode"], "200MERSUCC");
         EXPECT_EQ(poll(reference, id, static_cast<int>(expected.size())), expected);
     }
 }
