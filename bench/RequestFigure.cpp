@@ -100,11 +100,10 @@ int requestFigure(const Options &options)
             bare.post(request, body, [&](QByteArray reply) {
                 if (reply.isEmpty())
                     qFatal("a baseline enquiry failed");
-                // Sent from the thread's event loop, as the session sends each request: from
-                // inside the finished handler the connection is still busy and Qt would open
-                // another one.
+                // Sent from inside the finished handler, as the library sends a request made
+                // from a completion; Qt reuses the kept-alive connection (one accept per run).
                 if (++answered < kBlock)
-                    return bare.run(next);
+                    return next();
                 finishedAt = Clock::now();
                 done = true;
             });
