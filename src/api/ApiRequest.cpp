@@ -78,7 +78,7 @@ DataTaskPtr ApiRequest::post(const char *operation, const QString &url, const QS
 
     auto completion = [operation, handlers = std::move(handlers)](
                           DataTaskResult result) { handleReply(operation, result, handlers); };
-    auto task = UrlSession::shared()->dataTask(request, encoded, std::move(completion));
+    auto task = UrlSession::shared()->dataTask(std::move(request), encoded, std::move(completion));
     task->resume();
     return task;
 }

@@ -1,7 +1,10 @@
 #include "api/JsonReader.h"
 
+#include <QScopeGuard>
+
 #include <locale.h>
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -14,6 +17,14 @@ namespace kovena {
 
 namespace {
 
+// The bytes a string takes over as they are: printable ASCII but the quote and the backslash.
+constexpr std::array<bool, 256> kPlain = [] {
+    std::array<bool, 256> plain {};
+    for (int c = 0x20; c < 0x80; ++c)
+        plain[std::size_t(c)] = c != '"' && c != '\\';
+    return plain;
+}();
+
 // A strict JSON parser over the reply's bytes. It accepts exactly what JsonValue::parse accepts
 // and gives the same tree (a fuzz target holds the two against each other), but reads each byte
 // once instead of through a lexer that copies every character, and builds each object once its
@@ -22,10 +33,14 @@ namespace {
 class Parser
 {
 public:
-    Parser(const char *begin, const char *end)
+    using Members = std::vector<std::pair<std::string, JsonValue>>;
+
+    // `scratch` holds the members of the objects being read, innermost last; it is left empty.
+    Parser(const char *begin, const char *end, Members &scratch)
         : m_begin(begin)
         , m_at(begin)
         , m_end(end)
+        , m_members(scratch)
     { }
 
     std::optional<JsonValue> parseDocument()
@@ -143,7 +158,10 @@ private:
     {
         if (!enter(depth))
             return false;
-        std::vector<std::pair<std::string, JsonValue>> members;
+        // This object's members go on top of the scratch stack (nested objects take theirs off
+        // again before this one goes on), so one buffer serves every object of every reply.
+        const std::size_t first = m_members.size();
+        const auto dropMembers = qScopeGuard([&] { m_members.resize(first); });
         // One bit per key hash: a key whose bit is already set may be a repeat and is looked up.
         std::uint64_t seen = 0;
         bool mayRepeat = false;
@@ -161,9 +179,10 @@ private:
                 if (!take(':'))
                     return failed("syntax error");
                 skipSpace();
-                members.emplace_back(std::move(name), JsonValue());
-                if (!parseValue(members.back().second, depth))
+                JsonValue value;
+                if (!parseValue(value, depth))
                     return false;
+                m_members.emplace_back(std::move(name), std::move(value));
                 skipSpace();
                 if (take('}'))
                     break;
@@ -174,8 +193,9 @@ private:
         }
         out = JsonValue(JsonValue::value_t::object);
         auto &object = out.get_ref<JsonValue::object_t &>();
-        object.reserve(members.size());
-        for (auto &[name, value] : members) {
+        object.reserve(m_members.size() - first);
+        for (auto member = m_members.begin() + std::ptrdiff_t(first); member != m_members.end(); ++member) {
+            auto &[name, value] = *member;
             // A repeated key keeps its first place and takes its last value, as JsonValue::parse
             // leaves it.
             auto it = object.end();
@@ -313,12 +333,8 @@ private:
         for (;;) {
             // Plain printable ASCII goes over in runs.
             const char *run = m_at;
-            while (m_at != m_end) {
-                const auto c = static_cast<unsigned char>(*m_at);
-                if (c < 0x20 || c >= 0x80 || c == '"' || c == '\\')
-                    break;
+            while (m_at != m_end && kPlain[static_cast<unsigned char>(*m_at)])
                 ++m_at;
-            }
             text.append(run, std::size_t(m_at - run));
             if (m_at == m_end)
                 return failed("syntax error");
@@ -416,6 +432,7 @@ private:
     const char *m_begin;
     const char *m_at;
     const char *m_end;
+    Members &m_members;
     std::string m_fault;
 };
 
@@ -423,8 +440,14 @@ private:
 
 std::optional<JsonValue> JsonReader::read(const QByteArray &body, std::string &fault)
 {
-    Parser parser(body.constBegin(), body.constEnd());
+    // Kept between replies so that reading one allocates no member lists of its own; one that
+    // grew large for a huge reply is let go.
+    thread_local Parser::Members scratch;
+    Parser parser(body.constBegin(), body.constEnd(), scratch);
     std::optional<JsonValue> value = parser.parseDocument();
+    constexpr std::size_t kScratchKept = 256;
+    if (scratch.capacity() > kScratchKept)
+        Parser::Members().swap(scratch);
     if (!value)
         fault = parser.fault();
     return value;

@@ -10,6 +10,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace kovena {
 
@@ -68,5 +69,35 @@ inline const JsonValue *findMember(const JsonValue &object, const char *key)
     const auto it = object.find(key);
     return it == object.end() ? nullptr : &*it;
 }
+
+// Looks up several members of one object (keys are unique in it), each search starting just past
+// the previous find: a record reads its members in about the order the backend sends them, so
+// most lookups compare one key instead of walking the object from its start.
+class MemberCursor
+{
+public:
+    explicit MemberCursor(const JsonValue &object)
+        : m_members(object.get_ref<const JsonValue::object_t &>().data())
+        , m_count(object.get_ref<const JsonValue::object_t &>().size())
+    { }
+
+    const JsonValue *find(std::string_view key)
+    {
+        for (std::size_t step = 0, i = m_next; step < m_count; ++step, ++i) {
+            if (i == m_count)
+                i = 0;
+            if (m_members[i].first == key) {
+                m_next = i + 1;
+                return &m_members[i].second;
+            }
+        }
+        return nullptr;
+    }
+
+private:
+    const JsonValue::object_t::value_type *m_members;
+    std::size_t m_count;
+    std::size_t m_next = 0;
+};
 
 } // namespace kovena

@@ -91,34 +91,32 @@ void SessionDataTask::startOnSessionThread()
         return;
     auto *body = new OneShotBody(m_body.value_or(QByteArray()));
     m_body.reset();
-    // The length goes out as Qt would send it for any body; with it Qt streams the body as is
-    // instead of copying it into a buffer that it could replay.
-    QNetworkRequest request = m_request;
-    request.setHeader(QNetworkRequest::ContentLengthHeader, body->length());
-    request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
-    m_reply = m_session->manager()->post(request, body);
+    m_reply = m_session->manager()->post(m_request, body);
     body->setParent(m_reply);
-    m_session->taskStarted(shared_from_this());
-    QObject::connect(
-        m_reply, &QNetworkReply::finished, m_reply, [self = shared_from_this()] { self->onReplyFinished(); });
-    watchProgress();
-}
-
-void SessionDataTask::watchProgress()
-{
-    // Qt's own transfer timeout re-arms its timer with a queued call for every bit of progress,
-    // and a timer per request costs a status enquiry on loopback a noticeable part of its time.
-    // Here progress only notes the time; the session's watchdog looks at it now and then. The
-    // connections die with the reply, which the task outlives.
     m_sinceProgress.start();
-    const auto progressed = [this] { m_sinceProgress.restart(); };
-    QObject::connect(m_reply, &QNetworkReply::uploadProgress, m_reply, progressed);
-    QObject::connect(m_reply, &QNetworkReply::downloadProgress, m_reply, progressed);
+    auto self = shared_from_this();
+    m_session->taskStarted(self);
+    QObject::connect(
+        m_reply, &QNetworkReply::finished, m_reply, [self = std::move(self)] { self->onReplyFinished(); });
 }
 
 void SessionDataTask::abortIfStalled(std::chrono::milliseconds limit)
 {
-    if (m_reply && !m_finished.load() && m_reply->isRunning() && m_sinceProgress.elapsed() >= limit.count())
+    if (!m_reply || m_finished.load() || !m_reply->isRunning())
+        return;
+    // Progress is looked at here, once per watchdog tick, rather than followed through the
+    // reply's progress signals: a connection per request and a call per signal would cost a
+    // status enquiry on loopback a noticeable part of its time. The body goes out in one write
+    // (a few hundred bytes), so what counts is the reply arriving: its status line, then its
+    // bytes, which stay in the reply until it finishes.
+    const bool answered = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+    const qint64 mark = m_reply->bytesAvailable() + (answered ? 1 : 0);
+    if (mark != m_progressMark) {
+        m_progressMark = mark;
+        m_sinceProgress.restart();
+        return;
+    }
+    if (m_sinceProgress.elapsed() >= limit.count())
         m_reply->abort(); // finished() follows, with an error
 }
 

@@ -18,8 +18,9 @@ namespace kovena {
 class UrlSession;
 
 // A data task of the UrlSession. It is created suspended; resume() hands it to the session
-// thread. 60 s without progress (nothing sent or received) ends it with an error. It completes exactly once,
-// on the session thread, however resume(), cancel(), the reply and the session's shutdown interleave.
+// thread. 60 s without progress (nothing of the reply arriving) ends it with an error. It completes
+// exactly once, on the session thread, however resume(), cancel(), the reply and the session's
+// shutdown interleave.
 class SessionDataTask final : public DataTask, public std::enable_shared_from_this<SessionDataTask>
 {
 public:
@@ -43,7 +44,6 @@ private:
     void startOnSessionThread();
     void cancelOnSessionThread();
     void onReplyFinished();
-    void watchProgress();
     // Aborts the request once `limit` has passed without progress (session thread only).
     void abortIfStalled(std::chrono::milliseconds limit);
     void complete(DataTaskResult result);
@@ -59,6 +59,7 @@ private:
     std::atomic<bool> m_finished { false };
     QNetworkReply *m_reply = nullptr; // session thread only
     QElapsedTimer m_sinceProgress; // session thread only
+    qint64 m_progressMark = 0; // session thread only: what had arrived when last looked at
 };
 
 } // namespace kovena

@@ -7,8 +7,9 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
-#include <set>
+#include <vector>
 
 namespace kovena {
 
@@ -67,7 +68,7 @@ struct UrlSession::Private
     QNetworkAccessManager *manager = nullptr; // created on the session thread
     // One timer for all requests, running while there are any (and one tick beyond).
     QTimer *watchdog = nullptr; // created on the session thread
-    std::set<std::shared_ptr<SessionDataTask>> running;
+    std::vector<std::shared_ptr<SessionDataTask>> running; // few at a time
 
     QMutex mutex; // guards closed and the posting of blocks
     bool closed = false;
@@ -108,6 +109,7 @@ QNetworkRequest UrlSession::makeRequest(const QUrl &url)
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
     return request;
 }
 
@@ -131,7 +133,7 @@ void UrlSession::start()
                     p->watchdog->stop();
                     return;
                 }
-                const auto running = p->running; // an abort completes its task, which leaves the set
+                const auto running = p->running; // an abort completes its task, which leaves the list
                 for (const auto &task : running)
                     task->abortIfStalled(kNoProgressLimit);
             });
@@ -194,7 +196,7 @@ QNetworkAccessManager *UrlSession::manager() const
 
 void UrlSession::taskStarted(const std::shared_ptr<SessionDataTask> &task)
 {
-    d->running.insert(task);
+    d->running.push_back(task);
     // Left running between the requests of a chain: starting and stopping a timer per request
     // would cost as much as the timer it replaces.
     if (!d->watchdog->isActive())
@@ -203,12 +205,19 @@ void UrlSession::taskStarted(const std::shared_ptr<SessionDataTask> &task)
 
 void UrlSession::taskFinished(const std::shared_ptr<SessionDataTask> &task)
 {
-    d->running.erase(task);
+    const auto it = std::find(d->running.begin(), d->running.end(), task);
+    if (it != d->running.end()) {
+        std::swap(*it, d->running.back());
+        d->running.pop_back();
+    }
 }
 
 std::shared_ptr<SessionDataTask> UrlSession::dataTask(
-    const QNetworkRequest &request, std::optional<QByteArray> body, Completion completion)
+    QNetworkRequest request, std::optional<QByteArray> body, Completion completion)
 {
+    // The length goes out as Qt would send it for any body; with it Qt streams the body (a
+    // device that cannot be rewound, see OneShotBody) instead of reading it all first.
+    request.setHeader(QNetworkRequest::ContentLengthHeader, body ? body->size() : 0);
     return std::make_shared<SessionDataTask>(
         shared_from_this(), request, std::move(body), std::move(completion));
 }

@@ -34,17 +34,19 @@ public:
     // True on the thread that runs the session's tasks and completions.
     static bool isSessionThread();
     // A request for `url` with the session's defaults: redirects only within the same origin
-    // (so the credentials never reach another host), and no cookies kept or sent. Each task
-    // ends itself after 60 s without progress (SessionDataTask).
+    // (so the credentials never reach another host), no cookies kept or sent, and the body
+    // streamed as it is rather than copied into a buffer that could be replayed. Each task ends
+    // itself after 60 s without progress (SessionDataTask).
     static QNetworkRequest makeRequest(const QUrl &url);
 
     ~UrlSession();
     UrlSession(const UrlSession &) = delete;
     UrlSession &operator=(const UrlSession &) = delete;
 
-    // A POST of `body` (none: an empty one). Nothing is sent before resume().
+    // A POST of `body` (none: an empty one), with its length set on `request`. Nothing is sent
+    // before resume().
     std::shared_ptr<SessionDataTask> dataTask(
-        const QNetworkRequest &request, std::optional<QByteArray> body, Completion completion);
+        QNetworkRequest request, std::optional<QByteArray> body, Completion completion);
 
     // Completes every unfinished task with an error and stops the thread. Later tasks of this
     // session complete at once with an error; shared() then starts a new session.

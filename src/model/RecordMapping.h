@@ -207,8 +207,9 @@ template<class Record> const RecordTable<Record> &table();
 template<class Record> void readFields(Record &record, const JsonValue &object)
 {
     const RecordTable<Record> &t = table<Record>();
+    MemberCursor members(object);
     for (const Field<Record> &f : t.fields)
-        f.read(record, findMember(object, f.key), t.name, f.key);
+        f.read(record, members.find(f.key), t.name, f.key);
 }
 
 // Fills `record` from an optional object: nullptr or a non-object leaves every field absent.
