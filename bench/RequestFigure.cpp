@@ -118,7 +118,7 @@ int requestFigure(const Options &options)
 
     // Pairs of blocks, ours and the baseline back to back in alternating order. The machine's
     // speed drifts within a run by more than the budget; the two blocks of a pair see the same.
-    const int pairs = options.quick ? 2 : 18;
+    const int pairs = options.quick ? 2 : 60;
     const auto measurePairs = [&](const QString &cores, const QString &budget, bool judged) {
         std::vector<double> ourBlocks, bareBlocks, ourCpu, bareCpu, pairRatios;
         const auto timed = [](auto run, std::vector<double> &wall, std::vector<double> &cpu) {

@@ -31,27 +31,43 @@ std::optional<QByteArray> encodeBody(const char *operation, const JsonValue &bod
     }
 }
 
-// The request for `url` with all that is the same for every request to it: parsing the URL and
-// setting up a request cost as much as the rest of a status enquiry's own work, and each
-// operation posts to one URL of a server that rarely changes.
-QNetworkRequest preparedRequest(const QString &url)
+// The request for `url`, carrying `authorization` and the body's `length`. Parsing the URL and
+// setting up a request cost as much as the rest of a status enquiry's own work; each operation
+// posts to one URL of a server that rarely changes, with the same token, and an enquiry repeated
+// while a payment is pending sends a body of the same length: such a request is reused whole.
+QNetworkRequest preparedRequest(const QString &url, const QByteArray &authorization, qint64 length)
 {
+    struct Prepared
+    {
+        QNetworkRequest request;
+        QByteArray authorization;
+        qint64 length = -1;
+    };
     static QMutex mutex;
-    static QHash<QString, QNetworkRequest> prepared;
+    static QHash<QString, Prepared> prepared;
     QMutexLocker lock(&mutex);
-    if (const auto it = prepared.constFind(url); it != prepared.cend())
-        return *it;
-    const QUrl parsed(url, QUrl::StrictMode);
-    if (!parsed.isValid() || parsed.isRelative())
-        fatalError("a request URL cannot be parsed");
-    QNetworkRequest request = UrlSession::makeRequest(parsed);
-    request.setRawHeader(
-        Constants::PG::PG_CONTENT_TYPE().toLatin1(), Constants::PG::PG_CONTENT_TYPE_VALUE().toLatin1());
-    constexpr qsizetype kKept = 32; // far more than the operations' URLs on one server
-    if (prepared.size() >= kKept)
-        prepared.clear();
-    prepared.insert(url, request);
-    return request;
+    auto it = prepared.find(url);
+    if (it == prepared.end()) {
+        const QUrl parsed(url, QUrl::StrictMode);
+        if (!parsed.isValid() || parsed.isRelative())
+            fatalError("a request URL cannot be parsed");
+        QNetworkRequest request = UrlSession::makeRequest(parsed);
+        request.setRawHeader(
+            Constants::PG::PG_CONTENT_TYPE().toLatin1(), Constants::PG::PG_CONTENT_TYPE_VALUE().toLatin1());
+        constexpr qsizetype kKept = 32; // far more than the operations' URLs on one server
+        if (prepared.size() >= kKept)
+            prepared.clear();
+        it = prepared.insert(url, Prepared { request, {}, -1 });
+    }
+    Prepared &entry = *it;
+    if (entry.authorization != authorization || entry.length != length) {
+        static const QByteArray header = Constants::PG::PG_AUTHORIZATION().toLatin1();
+        entry.request.setRawHeader(header, authorization);
+        entry.request.setHeader(QNetworkRequest::ContentLengthHeader, length);
+        entry.authorization = authorization;
+        entry.length = length;
+    }
+    return entry.request;
 }
 
 } // namespace
@@ -66,10 +82,8 @@ QByteArray ApiRequest::authorizationValue(const QString &token)
 DataTaskPtr ApiRequest::post(const char *operation, const QString &url, const QString &token,
     const JsonValue &body, ReplyHandlers handlers)
 {
-    QNetworkRequest request = preparedRequest(url);
-    static const QByteArray authorization = Constants::PG::PG_AUTHORIZATION().toLatin1();
-    request.setRawHeader(authorization, authorizationValue(token));
     const std::optional<QByteArray> encoded = encodeBody(operation, body);
+    QNetworkRequest request = preparedRequest(url, authorizationValue(token), encoded ? encoded->size() : 0);
 
     if (lcApi().isDebugEnabled()) {
         const std::string shown = LogRedaction::redacted(body).dump();

@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -172,7 +171,7 @@ private:
                 std::string name;
                 if (!parseString(name))
                     return false;
-                const std::uint64_t bit = std::uint64_t(1) << (std::hash<std::string> {}(name) % 64);
+                const std::uint64_t bit = std::uint64_t(1) << (keyHash(name) % 64);
                 mayRepeat = mayRepeat || (seen & bit);
                 seen |= bit;
                 skipSpace();
@@ -207,6 +206,16 @@ private:
                 object.emplace_back(std::move(name), std::move(value));
         }
         return true;
+    }
+
+    // A cheap hash for the repeat check: the length and the first and last bytes tell most keys
+    // of one object apart, and a collision only costs a lookup.
+    static std::size_t keyHash(const std::string &name)
+    {
+        if (name.empty())
+            return 0;
+        return name.size() * 131 + static_cast<unsigned char>(name.front()) * 31
+            + static_cast<unsigned char>(name.back());
     }
 
     static int hexDigit(char c)

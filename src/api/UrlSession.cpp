@@ -217,7 +217,10 @@ std::shared_ptr<SessionDataTask> UrlSession::dataTask(
 {
     // The length goes out as Qt would send it for any body; with it Qt streams the body (a
     // device that cannot be rewound, see OneShotBody) instead of reading it all first.
-    request.setHeader(QNetworkRequest::ContentLengthHeader, body ? body->size() : 0);
+    const qint64 length = body ? body->size() : 0;
+    if (const QVariant set = request.header(QNetworkRequest::ContentLengthHeader);
+        !set.isValid() || set.toLongLong() != length)
+        request.setHeader(QNetworkRequest::ContentLengthHeader, length);
     return std::make_shared<SessionDataTask>(
         shared_from_this(), request, std::move(body), std::move(completion));
 }
