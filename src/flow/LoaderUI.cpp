@@ -148,6 +148,13 @@ void LoaderUI::hideActivityIndicator()
     indicatorOf(m_activityIndicator)->stopAnimating();
     if (m_container->parentWidget()) {
         m_container->hide();
+        // Leaving a screen that carries the theme's style sheet, each view is unpolished by the
+        // sheet's style, which would restore palettes, fonts and sizes the sheet gave it. No rule
+        // of the sheet applies to these views (they paint themselves), so that is skipped: it is
+        // most of the cost of taking the overlay out, and the overlay leaves on the way to
+        // telling the merchant the outcome. The next show polishes them afresh.
+        for (QWidget *view : { m_container.data(), m_loadingView.data(), m_activityIndicator.data() })
+            view->setAttribute(Qt::WA_StyleSheet, false);
         m_container->setParent(nullptr);
     }
 }

@@ -1,9 +1,11 @@
 // What every screen shares: the toast, the loading overlay, the keyboard helpers.
 #include "flow/BaseViewController.h"
+#include "flow/Theme.h"
 #include "flow/flow_root_support.h"
 #include "platform/TextField.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QSequentialAnimationGroup>
@@ -98,6 +100,39 @@ TEST_F(ScreenTest, LoaderReusesItsViewsAndHidingWithoutShowingChangesNothing)
     EXPECT_FALSE(loader.isAnimating());
     EXPECT_EQ(screen->children().size(), childrenBefore);
     EXPECT_NE(screen->childAt(200, 350), views[2]);
+}
+
+// On a screen under the theme's style sheet the overlay is styled by the sheet while shown and
+// leaves with the application's own style, every time.
+TEST(LoaderThemeTest, TheOverlayLeavesAThemedScreenWithTheApplicationStyle)
+{
+    ManualScheduler clock;
+    ScopedScheduler scoped { clock };
+    QWidget window;
+    window.resize(400, 700);
+    theme::applyTo(&window);
+    auto *screen = new BaseViewController(&window);
+    screen->setGeometry(window.rect());
+    window.show();
+    LoaderUI &loader = screen->loader();
+    const QList<QWidget *> views = { loader.container(), loader.loadingView(), loader.activityIndicator() };
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        screen->loadering(true);
+        clock.runDue();
+        for (QWidget *view : views) {
+            EXPECT_NE(view->style(), QApplication::style());
+            EXPECT_TRUE(view->testAttribute(Qt::WA_StyleSheet));
+        }
+        screen->loadering(false);
+        clock.runDue();
+        EXPECT_EQ(loader.container()->parentWidget(), nullptr);
+        for (QWidget *view : views) {
+            EXPECT_EQ(view->style(), QApplication::style());
+            EXPECT_FALSE(view->testAttribute(Qt::WA_StyleSheet));
+            EXPECT_EQ(view->palette(), QApplication::palette(view));
+        }
+    }
 }
 
 TEST(KeyboardTest, TapsAndTheDoneBarEndEditing)
