@@ -31,7 +31,6 @@ void PrintTo(const QString &text, std::ostream *os)
 namespace kovena {
 namespace {
 
-const std::string kPayForService = "v1/sdk/payForService";
 const QColor kLightGrey(0xAA, 0xAA, 0xAA);
 const QColor kDesignedBlue(0x39, 0x7B, 0x9E);
 const int kThisYear = QDate::currentDate().year();
@@ -59,6 +58,7 @@ QString shownIcon(const QLabel *label)
     return shown.isNull() ? QString() : u"?"_s;
 }
 
+using testing::kPayEndpoint;
 using testing::press;
 
 class CardScreenTest : public testing::ScreenFixture
@@ -122,7 +122,7 @@ protected:
         clock.runDue();
         return testing::toastsOn(screen);
     }
-    static std::vector<nlohmann::json> payCardBodies() { return testing::bodiesSentTo(kPayForService); }
+    static std::vector<nlohmann::json> payCardBodies() { return testing::bodiesSentTo(kPayEndpoint); }
 
     QPointer<CardViewController> screen;
 };
@@ -345,7 +345,7 @@ INSTANTIATE_TEST_SUITE_P(Checks, CardRefusalTest, ::testing::ValuesIn(kRefusalRo
 
 TEST_F(CardScreenTest, RegistersThePaymentOnceAndHandsTheBankPageOver)
 {
-    testing::inProcessBackend().enqueueReply(kPayForService, kBankPage);
+    testing::inProcessBackend().enqueueReply(kPayEndpoint, kBankPage);
     fillForm();
     QTest::mouseClick(screen->btnProceed, Qt::LeftButton);
     const DataTaskPtr registration = screen->task;
@@ -384,7 +384,7 @@ class CardEmptyAnswerTest : public CardScreenTest,
 TEST_P(CardEmptyAnswerTest, KeepsTheCustomerOnTheFormReadyToTryAgain)
 {
     for (const sandbox::ScriptedReply &reply : GetParam())
-        testing::inProcessBackend().enqueueReply(kPayForService, reply);
+        testing::inProcessBackend().enqueueReply(kPayEndpoint, reply);
     fillForm();
     proceed();
     ASSERT_TRUE(answer(1));
@@ -396,7 +396,7 @@ TEST_P(CardEmptyAnswerTest, KeepsTheCustomerOnTheFormReadyToTryAgain)
     EXPECT_EQ(merchant->callCount(), 0u);
 
     testing::inProcessBackend().clearScriptedReplies();
-    testing::inProcessBackend().enqueueReply(kPayForService, kDeclined);
+    testing::inProcessBackend().enqueueReply(kPayEndpoint, kDeclined);
     const std::size_t sent = payCardBodies().size();
     const int answered = counting.fromOtherThreads();
     proceed();
@@ -431,7 +431,7 @@ TEST_P(CardCancelTest, CancelAsksFirstThenReportsOnce)
         sandbox::ScriptedReply reply = kBankPage;
         if (at == CancelAt::RequestInFlight)
             reply.delay = 60s; // cut short when the sandbox stops
-        testing::inProcessBackend().enqueueReply(kPayForService, reply);
+        testing::inProcessBackend().enqueueReply(kPayEndpoint, reply);
         fillForm();
         proceed();
         registration = screen->task;
@@ -464,7 +464,7 @@ TEST_F(CardScreenTest, DisappearingCancelsTheRequest)
 {
     sandbox::ScriptedReply slow = kDeclined;
     slow.delay = 60s;
-    testing::inProcessBackend().enqueueReply(kPayForService, slow);
+    testing::inProcessBackend().enqueueReply(kPayEndpoint, slow);
     fillForm();
     proceed();
     const DataTaskPtr registration = screen->task;
