@@ -67,8 +67,6 @@ TEST_F(BankListTest, OrdinaryListIsAlphabeticalWithEveryPopularBankOnce)
     for (const json &bank : list) {
         ASSERT_EQ(bank.size(), 3u) << bank.dump();
         ASSERT_TRUE(bank["netBankingId"].is_number_integer()) << bank.dump();
-        ASSERT_TRUE(bank["netBankingName"].is_string()) << bank.dump();
-        ASSERT_TRUE(bank["netbankingCodes"].is_string()) << bank.dump();
         EXPECT_FALSE(bank["netBankingName"].get<std::string>().empty());
         EXPECT_TRUE(ids.insert(bank["netBankingId"].get<std::int64_t>()).second) << bank.dump();
         EXPECT_TRUE(codes.insert(bank["netbankingCodes"].get<std::string>()).second) << bank.dump();

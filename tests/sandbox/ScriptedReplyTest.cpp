@@ -15,9 +15,7 @@ TEST_F(ScriptedReplyTest, BodyAndStatusAreSentAsScripted)
         { 200, R"({"responseCode":"200MERSUCC"})" },
         { 500, R"({"success":"true","responseCode":"200TRANSRESPSUCC"})" },
         { 200, "" },
-        { 200, "this is not json" },
         { 404, "true" },
-        { 200, R"({"data":{"kovenaRefNumber":)" },
     };
     for (const ScriptedReply &row : rows) {
         SCOPED_TRACE(row.body);
