@@ -48,6 +48,11 @@ void resetBackendAndDefaults()
 {
     backend().clearRequests();
     backend().clearScriptedReplies();
+    resetDefaults();
+}
+
+void resetDefaults()
+{
     UserDefaults &defaults = UserDefaults::standard();
     defaults.clear();
     defaults.setBool(QStringLiteral("retry"), false);

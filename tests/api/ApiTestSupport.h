@@ -18,8 +18,9 @@ namespace kovena::test {
 
 // The process's sandbox, started on first use; the client is pointed at it before any request.
 sandbox::Sandbox &backend();
-// Clears the sandbox's requests and scripts and the user defaults, then stores a checkout's
-// "retry" (false) and "requestId".
+// Clears the user defaults, then stores a checkout's "retry" (false) and "requestId".
+void resetDefaults();
+// Clears the sandbox's requests and scripts, then resets the user defaults.
 void resetBackendAndDefaults();
 // How long a test waits for a reply before it fails.
 inline constexpr int kWaitMs = 10000;

@@ -60,6 +60,12 @@ TEST(RequestWire, PutsExactlyTheAgreedRequestOnTheWire)
                 "requestId":"REQ-9","retry":false,
                 "bankAccount":{"cardNumber":"4111111111111111","cardName":"ASHA KUMAR",
                                "cardExpiryMonth":"07","cardExpiryYear":"2031"}})" },
+        // An accepted payment stores "retry"; every method sends what is stored.
+        { "payCardRetryNoCustomer", {}, true, cardRequest,
+            R"({"cvv":"739","collectorId":"1001","requestedAmount":"1.00","merchantTransactionRefNumber":"ORD-1",
+                "customerMobNum":"","customerEmail":"","serviceType":"28","requestId":"REQ-1","retry":true,
+                "bankAccount":{"cardNumber":"4111111111111111","cardName":"ASHA KUMAR",
+                               "cardExpiryMonth":"07","cardExpiryYear":"2031"}})" },
         { "payNB", { mobile, email, { "requestId", "REQ-9" } }, false, netBankingRequest,
             R"({"serviceType":"28","netbankingId":"SBIB","requestedAmount":"1.00",
                 "merchantTransactionRefNumber":"ORD-1","collectorId":"1001","requestId":"REQ-9",

@@ -22,15 +22,6 @@ using namespace kovena::test;
 
 namespace {
 
-void resetDefaults()
-{
-    UserDefaults &defaults = UserDefaults::standard();
-    defaults.clear();
-    defaults.setBool(QStringLiteral("retry"), false);
-    defaults.setString(QStringLiteral("requestId"), QStringLiteral("REQ-1"));
-    defaults.setString(QStringLiteral("accessToken"), QStringLiteral("t"));
-}
-
 std::string send(const RequestType &type, const QString &pendingId)
 {
     auto recorder = std::make_shared<Recorder>();
