@@ -114,7 +114,6 @@ TEST(Dispatch, WorkItemCancelledBeforeItsTimeDoesNotRun)
 {
     ManualScheduler s;
     std::optional<ScopedScheduler> installed(std::in_place, s);
-    EXPECT_EQ(&kovena::scheduler(), &s);
     int ran = 0;
     auto kept = std::make_shared<DispatchWorkItem>([&] { ++ran; });
     auto cancelled = std::make_shared<DispatchWorkItem>([&] { ++ran; });
@@ -128,7 +127,6 @@ TEST(Dispatch, WorkItemCancelledBeforeItsTimeDoesNotRun)
     EXPECT_EQ(s.advance(2s), 2);
     EXPECT_EQ(ran, 1);
     EXPECT_TRUE(watch.expired());
-    EXPECT_FALSE(kept->isCancelled());
     installed.reset();
     EXPECT_EQ(&kovena::scheduler(), &kovena::QtScheduler::instance());
 }
