@@ -62,7 +62,6 @@ TEST_F(FacadeTest, CheckoutAndEnquiryInstallTheFlowAndStoreOnlyTheCustomerFields
             { "100.50", "ORD-1", "COL-1", "token-1", "9876543210", "a@b.in", "Shop", "REQ-1", "0", "", "" }));
     EXPECT_FALSE(p.isStatusClicked);
     EXPECT_EQ(p.merchantVC, host.merchant.data());
-    EXPECT_EQ(host.merchant->callCount(), 0u);
 
     // The enquiry keeps the earlier customer fields and replaces only the token.
     enquire();
@@ -88,11 +87,8 @@ TEST_F(FacadeTest, EachCheckoutReleasesThePreviousControllerAndFillsInTheRequest
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         EXPECT_TRUE(previous.isNull()) << '"' << requestId << '"';
         ASSERT_NE(navigator(), nullptr);
-        EXPECT_EQ(navigator()->checkoutParams.merchantTransactionRefNumber, QString::fromLatin1(order));
         EXPECT_EQ(navigator()->checkoutParams.requestId, QString::fromLatin1(expected))
             << '"' << requestId << '"';
-        ASSERT_FALSE(host.merchant.isNull());
-        EXPECT_TRUE(host.merchant->isHidden());
         previous = navigator();
         clock.runDue(); // the flow loads and shows its screens
         ASSERT_FALSE(previous.isNull());
