@@ -31,16 +31,22 @@ std::optional<QByteArray> encodeBody(const char *operation, const JsonValue &bod
     }
 }
 
-// The request for `url`, carrying `authorization` and the body's `length`. Parsing the URL and
+const QByteArray &authorizationHeader()
+{
+    static const QByteArray header = Constants::PG::PG_AUTHORIZATION().toLatin1();
+    return header;
+}
+
+// The request for `url`, carrying the bearer `token` and the body's `length`. Parsing the URL and
 // setting up a request cost as much as the rest of a status enquiry's own work; each operation
 // posts to one URL of a server that rarely changes, with the same token, and an enquiry repeated
 // while a payment is pending sends a body of the same length: such a request is reused whole.
-QNetworkRequest preparedRequest(const QString &url, const QByteArray &authorization, qint64 length)
+QNetworkRequest preparedRequest(const QString &url, const QString &token, qint64 length)
 {
     struct Prepared
     {
         QNetworkRequest request;
-        QByteArray authorization;
+        std::optional<QString> token; // none until the header is set
         qint64 length = -1;
     };
     static QMutex mutex;
@@ -57,14 +63,15 @@ QNetworkRequest preparedRequest(const QString &url, const QByteArray &authorizat
         constexpr qsizetype kKept = 32; // far more than the operations' URLs on one server
         if (prepared.size() >= kKept)
             prepared.clear();
-        it = prepared.insert(url, Prepared { request, {}, -1 });
+        it = prepared.insert(url, Prepared { request, std::nullopt, -1 });
     }
     Prepared &entry = *it;
-    if (entry.authorization != authorization || entry.length != length) {
-        static const QByteArray header = Constants::PG::PG_AUTHORIZATION().toLatin1();
-        entry.request.setRawHeader(header, authorization);
+    if (entry.token != token) {
+        entry.request.setRawHeader(authorizationHeader(), ApiRequest::authorizationValue(token));
+        entry.token = token;
+    }
+    if (entry.length != length) {
         entry.request.setHeader(QNetworkRequest::ContentLengthHeader, length);
-        entry.authorization = authorization;
         entry.length = length;
     }
     return entry.request;
@@ -83,7 +90,7 @@ DataTaskPtr ApiRequest::post(const char *operation, const QString &url, const QS
     const JsonValue &body, ReplyHandlers handlers)
 {
     const std::optional<QByteArray> encoded = encodeBody(operation, body);
-    QNetworkRequest request = preparedRequest(url, authorizationValue(token), encoded ? encoded->size() : 0);
+    QNetworkRequest request = preparedRequest(url, token, encoded ? encoded->size() : 0);
 
     if (lcApi().isDebugEnabled()) {
         const std::string shown = LogRedaction::redacted(body).dump();
